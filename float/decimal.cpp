@@ -52,8 +52,9 @@ int DigitsU64(uint64_t v) {
 
 int DigitsU128(u128 v) {
   if ((v >> 64) == 0) return DigitsU64(static_cast<uint64_t>(v));
-  int n = 19;
-  u128 p = static_cast<u128>(kPow10[19]) * 10;
+  // v >= 2^64 > 10^19, so v has at least 20 digits
+  int n = 20;
+  u128 p = static_cast<u128>(kPow10[19]) * 10;  // 10^20
   while (n < 39 && v >= p) {
     ++n;
     if (n < 39) p *= 10;

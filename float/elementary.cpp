@@ -66,15 +66,29 @@ int64_t Top(const FloatNode* n) {
   return n->exponent + DecimalDigits(view);
 }
 
-// Rounds the ball to `digits` digits if both its ends give the same result.
-bool RoundBall(const arb_t y, int digits, slong prec, ALGEB* out) {
+// floor(k log10(2)) to within one for every exponent: in double precision the estimate
+// drifts by more than the placement loop below corrects once |k| passes about 10^16.
+int64_t FloorTimesLog10Of2(int64_t k) {
+  const __int128 log10Of2 = static_cast<__int128>(30102999566398119LL) * 1000 + 521;  // e-20
+  __int128 p = static_cast<__int128>(k) * log10Of2;
+  const __int128 scale = static_cast<__int128>(100000000000000000LL) * 1000;  // 10^20
+  __int128 q = p / scale;
+  if (p % scale != 0 && p < 0) --q;
+  return static_cast<int64_t>(q);
+}
+
+// Rounds the ball to `digits` digits if both its ends give the same result. Each end is
+// rounded in its own decade (the ball may straddle a power of ten, as sin(x) does for tiny
+// x); rounding is monotone, so every value in the ball then rounds alike. With `tieToEven`
+// ends that round to two neighbours are taken as the exact tie between them.
+bool RoundBall(const arb_t y, int digits, slong prec, ALGEB* out, bool tieToEven = false) {
   if (arb_is_zero(y)) {
     *out = SpecialFloatNode(kFinite);
     return true;
   }
   if (!arb_is_finite(y) || arb_contains_zero(y)) return false;
   slong e2 = arf_abs_bound_lt_2exp_si(arb_midref(y));
-  int64_t e10 = static_cast<int64_t>(std::floor((e2 - 1) * kLog10Of2));
+  int64_t e10 = FloorTimesLog10Of2(e2 - 1);
   Fmpz lowLimit, highLimit;
   fmpz_ui_pow_ui(lowLimit.v, 10, static_cast<ulong>(digits - 1));
   fmpz_mul_ui(highLimit.v, lowLimit.v, 10);
@@ -87,12 +101,14 @@ bool RoundBall(const arb_t y, int digits, slong prec, ALGEB* out) {
   arf_set_fmpz(highArf, highLimit.v);
   Ball z;
   bool placed = false;
+  // place the upper end of |y| * 10^(digits - 1 - e10) in [10^(digits-1), 10^digits)
   for (int i = 0; i < 6 && !placed; ++i) {
     arb_abs(z.v, y);
     ScaleByPow10(z.v, digits - 1 - e10, prec);
-    if (arf_cmp(arb_midref(z.v), highArf) >= 0)
+    arb_get_ubound_arf(hi, z.v, prec);
+    if (arf_cmp(hi, highArf) >= 0)
       ++e10;
-    else if (arf_cmp(arb_midref(z.v), lowArf) < 0)
+    else if (arf_cmp(hi, lowArf) < 0)
       --e10;
     else
       placed = true;
@@ -100,20 +116,35 @@ bool RoundBall(const arb_t y, int digits, slong prec, ALGEB* out) {
   bool decided = false;
   if (placed) {
     arb_get_lbound_arf(lo, z.v, prec);
-    arb_get_ubound_arf(hi, z.v, prec);
-    if (arf_cmp(lo, lowArf) >= 0 && arf_cmp(hi, highArf) < 0) {
-      Fmpz a, b;
+    Fmpz a, b;
+    arf_get_fmpz(b.v, hi, ARF_RND_NEAR);
+    bool sameDecade = arf_cmp(lo, lowArf) >= 0;
+    if (sameDecade) {
       arf_get_fmpz(a.v, lo, ARF_RND_NEAR);
-      arf_get_fmpz(b.v, hi, ARF_RND_NEAR);
-      if (fmpz_equal(a.v, b.v)) {
-        if (arf_sgn(arb_midref(y)) < 0) fmpz_neg(a.v, a.v);
-        mpz_t m;
-        mpz_init(m);
-        fmpz_get_mpz(m, a.v);
-        *out = RoundToNode(m, e10 - digits + 1, digits);
-        mpz_clear(m);
-        decided = true;
+    } else {
+      // a decade down the lower end agrees only if it rounds up to the power of ten
+      arf_mul_ui(lo, lo, 10, ARF_PREC_EXACT, ARF_RND_DOWN);
+      arf_get_fmpz(a.v, lo, ARF_RND_NEAR);
+      if (fmpz_equal(a.v, highLimit.v)) fmpz_set(a.v, lowLimit.v);
+    }
+    if (tieToEven && sameDecade && !fmpz_equal(a.v, b.v)) {
+      Fmpz next;
+      fmpz_add_ui(next.v, a.v, 1);
+      if (fmpz_equal(next.v, b.v)) {
+        if (fmpz_is_even(b.v))
+          fmpz_set(a.v, b.v);
+        else
+          fmpz_set(b.v, a.v);
       }
+    }
+    if (fmpz_equal(a.v, b.v)) {
+      if (arf_sgn(arb_midref(y)) < 0) fmpz_neg(a.v, a.v);
+      mpz_t m;
+      mpz_init(m);
+      fmpz_get_mpz(m, a.v);
+      *out = RoundToNode(m, e10 - digits + 1, digits);
+      mpz_clear(m);
+      decided = true;
     }
   }
   arf_clear(lowArf);
@@ -121,16 +152,6 @@ bool RoundBall(const arb_t y, int digits, slong prec, ALGEB* out) {
   arf_clear(lo);
   arf_clear(hi);
   return decided;
-}
-
-// The ball's midpoint rounded, for the rare result that no precision decides (an exact
-// rounding tie of a power): at most half a unit in the last place plus the ball's width.
-ALGEB RoundMidpoint(const arb_t y, int digits, slong prec) {
-  Ball m;
-  arb_set_arf(m.v, arb_midref(y));
-  ALGEB out;
-  if (RoundBall(m.v, digits, prec, &out)) return out;
-  return SpecialFloatNode(kUndefined);
 }
 
 using BallFunction = std::function<void(arb_t, slong)>;
@@ -149,8 +170,10 @@ VexaFloat Ziv(const BallFunction& f, slong extraBits) {
     bool finite = arb_is_finite(y.v);
     if (!finite && prec > 8 * start) return VexaFloatUndefined();
     if (iter >= 12) {
-      if (!finite || arb_contains_zero(y.v)) return VexaFloatUndefined();
-      return VexaFloat(RoundMidpoint(y.v, digits, prec));
+      // Still undecided after the precision grew 4096-fold: the value is an exact tie
+      // (a power such as x^(1/2) ending in a 5 just past Digits), which goes to even.
+      if (RoundBall(y.v, digits, prec, &out, true)) return VexaFloat(out);
+      return VexaFloatUndefined();
     }
     prec *= 2;
   }
@@ -200,6 +223,32 @@ bool AsLong(const FloatNode* n, long* v) {
   *v = mpz_get_si(t);
   mpz_clear(t);
   return true;
+}
+
+// log10|x| of a finite nonzero float in double precision (good to about 1e-15 of the
+// larger of its integer part and 1).
+double Log10AbsDouble(const FloatNode* n) {
+  mpz_t m;
+  MantissaView(m, n);
+  long e2;
+  double d = mpz_get_d_2exp(&e2, m);
+  return std::log10(std::fabs(d)) + e2 * kLog10Of2 + static_cast<double>(n->exponent);
+}
+
+// The sign of log10|x| and log10 of its size, for |x| != 1, accurate even when x lies
+// within 10^-digits of 1 (the working precision covers every digit of x).
+void Log10OfLog10Abs(const FloatNode* n, int* sign, double* size) {
+  mpz_t m;
+  MantissaView(m, n);
+  slong prec = static_cast<slong>(DecimalDigits(m) * kLog2Of10) + 64;
+  Ball b;
+  ToBall(b.v, n, prec);
+  arb_abs(b.v, b.v);
+  ArbLog10(b.v, b.v, prec);
+  *sign = arf_sgn(arb_midref(b.v));
+  arb_abs(b.v, b.v);
+  ArbLog10(b.v, b.v, prec);
+  *size = arf_get_d(arb_midref(b.v), ARF_RND_NEAR);
 }
 
 bool IsIntegral(const FloatNode* n) { return KindOf(n) == kFinite && n->exponent >= 0; }
@@ -252,16 +301,19 @@ VexaFloat Pow(const VexaFloat& xv, const VexaFloat& yv) {
   }
   if (AsLong(y, &k) && xDigits * std::labs(k) <= 4L * CurrentDigits() + 200)
     return ExactPower(x, k);
-  // exponent of the result in bits, for the working precision
-  double logMagnitude = std::fabs((Top(x) + 1.0) * kLog2Of10 * std::pow(10.0, Top(y)));
-  if (Top(y) > 0 && Top(y) + std::log10(std::fabs(Top(x) + 1.0)) > 17.5) {
-    // |y log10 x| beyond the exponent range: overflow or underflow
-    bool big = (Top(x) > 0 || (Top(x) == 0 && x->size != 0 && !IsNegative(x))) ==
-               !IsNegative(y);
+  // Decimal exponent of the result, |y log10|x||. log10|x| comes from a ball precise
+  // enough for x near 1; far beyond the exponent range the result is infinity or zero.
+  int logSign;
+  double logLogX;
+  Log10OfLog10Abs(x, &logSign, &logLogX);
+  double logResultExponent = logLogX + Log10AbsDouble(y);
+  if (logResultExponent > 17.5) {  // 3e17, well past kMaxExponent
+    bool big = (logSign > 0) == !IsNegative(y);
     if (big) return VexaFloatInfinity(negate ? -1 : 1);
     return VexaFloat();
   }
-  slong extra = std::isfinite(logMagnitude) ? static_cast<slong>(std::log2(logMagnitude + 1)) + 8 : 64;
+  slong extra =
+      static_cast<slong>(std::log2(std::pow(10.0, logResultExponent) * kLog2Of10 + 1)) + 8;
   VexaFloat r = Ziv(
       [&](arb_t res, slong prec) {
         Ball bx, by;
