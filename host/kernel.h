@@ -130,6 +130,7 @@ ALGEB Eval(ALGEB e);               // names to values, calls made, numbers combi
 ALGEB Evalf(ALGEB e, int digits);  // numbers, Pi, infinity, undefined, elementary functions
 ALGEB Evalf(ALGEB e);              // at the current Digits
 double Evalhf(ALGEB e);            // to a double; raises if not numeric
+double FloatToDouble(const VexaFloat& x);  // correctly rounded; undefined gives NaN
 // true, false or FAIL: numeric relations and equations, structural equality, not/and/or.
 ALGEB EvalBoolean(ALGEB e);
 
@@ -145,6 +146,12 @@ ALGEB TableGet(ALGEB table, ALGEB key);  // null when absent
 void TablePut(ALGEB table, ALGEB key, ALGEB value);
 bool TableRemove(ALGEB table, ALGEB key);
 std::vector<std::pair<ALGEB, ALGEB>> TableEntries(ALGEB table);  // in insertion order
+
+// ---- rtables (created through RTableCreate of vexa/external.h). ----
+// Elements as host values: integer data types give integers, float types floats, complex
+// types complex values. Setting converts (raising when the value does not fit the type).
+ALGEB RTableGetElement(ALGEB rt, const M_INT* index);
+void RTableSetElement(ALGEB rt, const M_INT* index, ALGEB value);
 
 // ---- Printing. ----
 std::string Print(ALGEB e);  // the shell's output form; NULL prints as ""

@@ -43,7 +43,9 @@ struct NodeHeader {
   uint32_t header;
 };
 
-inline bool IsImmediate(ALGEB e) { return (reinterpret_cast<uintptr_t>(e) & 1) != 0; }
+inline bool IsImmediate(ALGEB e) {
+  return (reinterpret_cast<uintptr_t>(e) & 1) != 0;
+}
 inline uint32_t NodeTypeOf(ALGEB e) {
   return reinterpret_cast<const NodeHeader*>(e)->header >> kTypeShift;
 }

@@ -1,0 +1,442 @@
+// Evaluation: names to their values, procedure calls, numbers combined in sums, products
+// and powers (like terms and equal bases collected); evalf to floats at a given number of
+// digits; evalhf to doubles; three-valued boolean evaluation.
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "float/float_node.h"
+#include "host/nodes.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr int kMaxDepth = 3000;
+int gDepth = 0;
+
+struct DepthGuard {
+  DepthGuard() {
+    if (++gDepth > kMaxDepth) {
+      --gDepth;
+      Raise("too many levels of recursion");
+    }
+  }
+  ~DepthGuard() { --gDepth; }
+};
+
+bool IsComplex(ALGEB e) {
+  return HasType(e, kComplexNode);
+}
+bool IsNumber(ALGEB e) {
+  return IsNumeric(e) || IsComplex(e);
+}
+bool IsExactOne(ALGEB e) {
+  return IsImmediate(e) && ImmediateValue(e) == 1;
+}
+bool IsExactZero(ALGEB e) {
+  return IsImmediate(e) && ImmediateValue(e) == 0;
+}
+
+std::vector<ALGEB> Items(ALGEB e) {
+  SeqNode* n = AsSeq(e);
+  return std::vector<ALGEB>(n->items, n->items + n->count);
+}
+
+// A term as coefficient * monomial.
+void SplitTerm(ALGEB t, ALGEB* coefficient, ALGEB* monomial) {
+  if (HasType(t, kProductNode) && AsSeq(t)->count >= 2 && IsNumber(AsSeq(t)->items[0])) {
+    std::vector<ALGEB> rest(AsSeq(t)->items + 1, AsSeq(t)->items + AsSeq(t)->count);
+    *coefficient = AsSeq(t)->items[0];
+    *monomial = rest.size() == 1 ? rest[0] : NewProduct(rest);
+  } else {
+    *coefficient = NewInteger(1);
+    *monomial = t;
+  }
+}
+
+ALGEB Scale(ALGEB coefficient, ALGEB monomial) {
+  if (IsExactOne(coefficient)) return monomial;
+  if (HasType(monomial, kProductNode)) {
+    std::vector<ALGEB> v{coefficient};
+    for (ALGEB f : Items(monomial)) v.push_back(f);
+    return NewProduct(v);
+  }
+  return NewProduct({coefficient, monomial});
+}
+
+ALGEB CombineSum(const std::vector<ALGEB>& input) {
+  std::vector<ALGEB> terms;
+  for (ALGEB t : input) {
+    if (HasType(t, kSumNode))
+      for (ALGEB u : Items(t)) terms.push_back(u);
+    else
+      terms.push_back(t);
+  }
+  ALGEB number = NewInteger(0);
+  std::vector<ALGEB> monomials, coefficients;
+  for (ALGEB t : terms) {
+    if (IsNumber(t)) {
+      number = Add(number, t);
+      continue;
+    }
+    ALGEB c, m;
+    SplitTerm(t, &c, &m);
+    size_t i = 0;
+    while (i < monomials.size() && !Equal(monomials[i], m)) ++i;
+    if (i == monomials.size()) {
+      monomials.push_back(m);
+      coefficients.push_back(c);
+    } else {
+      coefficients[i] = Add(coefficients[i], c);
+    }
+  }
+  std::vector<ALGEB> out;
+  for (size_t i = 0; i < monomials.size(); ++i)
+    if (!IsExactZero(coefficients[i])) out.push_back(Scale(coefficients[i], monomials[i]));
+  if (out.empty()) return number;
+  if (!IsExactZero(number)) out.push_back(number);
+  return out.size() == 1 ? out[0] : NewSum(out);
+}
+
+ALGEB CombinePower(ALGEB base, ALGEB exponent);
+
+ALGEB CombineProduct(const std::vector<ALGEB>& input) {
+  std::vector<ALGEB> factors;
+  for (ALGEB f : input) {
+    if (HasType(f, kProductNode))
+      for (ALGEB u : Items(f)) factors.push_back(u);
+    else
+      factors.push_back(f);
+  }
+  ALGEB number = NewInteger(1);
+  std::vector<ALGEB> bases, exponents;
+  for (ALGEB f : factors) {
+    if (IsNumber(f)) {
+      number = Multiply(number, f);
+      continue;
+    }
+    ALGEB b = f, e = NewInteger(1);
+    if (HasType(f, kPowerNode) && IsNumber(AsSeq(f)->items[1])) {
+      b = AsSeq(f)->items[0];
+      e = AsSeq(f)->items[1];
+    }
+    size_t i = 0;
+    while (i < bases.size() && !Equal(bases[i], b)) ++i;
+    if (i == bases.size()) {
+      bases.push_back(b);
+      exponents.push_back(e);
+    } else {
+      exponents[i] = Add(exponents[i], e);
+    }
+  }
+  if (IsZero(number) && !IsComplex(number)) return number;
+  std::vector<ALGEB> out;
+  for (size_t i = 0; i < bases.size(); ++i) {
+    ALGEB p = CombinePower(bases[i], exponents[i]);
+    if (IsNumber(p))
+      number = Multiply(number, p);
+    else
+      out.push_back(p);
+  }
+  if (out.empty()) return number;
+  if (!IsExactOne(number)) out.insert(out.begin(), number);
+  return out.size() == 1 ? out[0] : NewProduct(out);
+}
+
+ALGEB CombinePower(ALGEB base, ALGEB exponent) {
+  if (IsNumber(base) && IsNumber(exponent)) return Power(base, exponent);
+  if (IsExactOne(exponent)) return base;
+  if (IsExactZero(exponent)) return NewInteger(1);
+  if (IsExactOne(base)) return base;
+  // (x^a)^n = x^(a*n) for an integer n
+  if (HasType(base, kPowerNode) && IsInteger(exponent) && IsNumber(AsSeq(base)->items[1]))
+    return CombinePower(AsSeq(base)->items[0], Multiply(AsSeq(base)->items[1], exponent));
+  return NewPower(base, exponent);
+}
+
+ALGEB EvalIndexed(ALGEB base, const std::vector<ALGEB>& indices, ALGEB unevaluatedBase) {
+  if (IsTable(base)) {
+    ALGEB v = TableGet(base, indices.size() == 1 ? indices[0] : NewExpseq(indices));
+    if (v != nullptr) return v;
+    return NewIndexed(unevaluatedBase, indices);
+  }
+  if (IsRTable(base)) {
+    std::vector<M_INT> idx;
+    for (ALGEB i : indices) {
+      if (!IsInteger(i)) RaiseExpected("an integer index into an rtable", i);
+      idx.push_back(static_cast<M_INT>(IntegerValue(i)));
+    }
+    if (static_cast<M_INT>(idx.size()) != RTableNumDimensions(GetKernel(), base))
+      RaiseFormatted("wrong number of indices for %1", base);
+    return RTableGetElement(base, idx.data());
+  }
+  if (IsList(base) || IsExpseq(base)) {
+    if (indices.size() != 1 || !IsInteger(indices[0]))
+      RaiseFormatted("expected one integer index, received %1", NewExpseq(indices));
+    long long i = IntegerValue(indices[0]), n = AsSeq(base)->count;
+    if (i < 0) i += n + 1;
+    if (i < 1 || i > n) RaiseFormatted("index out of range: %1", indices[0]);
+    return AsSeq(base)->items[i - 1];
+  }
+  return NewIndexed(unevaluatedBase, indices);
+}
+
+bool IsConstantKind(uint32_t t) {
+  return t == kIntegerNode || t == kRationalNode || t == kFloatNode || t == kStringNode ||
+         t == kProcedureNode || t == kRTableNode || t == kTableNode || t == kComplexNode ||
+         t == kBooleanNode;
+}
+
+// ---- evalf ----
+
+ALGEB EvalfRec(ALGEB e, int digits);
+
+std::vector<ALGEB> EvalfItems(ALGEB e, int digits) {
+  std::vector<ALGEB> v;
+  for (ALGEB x : Items(e)) v.push_back(EvalfRec(x, digits));
+  return v;
+}
+
+ALGEB EvalfRec(ALGEB e, int digits) {
+  DepthGuard guard;
+  if (IsInteger(e) || IsRational(e)) return ExactToFloat(e, digits).Handle();
+  uint32_t t = NodeTypeOf(e);
+  switch (t) {
+    case kFloatNode:
+      return VexaFloatRound(FloatFromHandle(e), digits).Handle();
+    case kNameNode: {
+      std::string n = NameText(e);
+      if (n == "Pi") return VexaFloatPi().Handle();
+      if (n == "infinity") return VexaFloatInfinity(1).Handle();
+      if (n == "undefined") return VexaFloatUndefined().Handle();
+      return e;
+    }
+    case kComplexNode:
+      return NewComplex(EvalfRec(AsSeq(e)->items[0], digits), EvalfRec(AsSeq(e)->items[1], digits));
+    case kSumNode:
+      return CombineSum(EvalfItems(e, digits));
+    case kProductNode:
+      return CombineProduct(EvalfItems(e, digits));
+    case kPowerNode: {
+      ALGEB b = EvalfRec(AsSeq(e)->items[0], digits);
+      ALGEB x = AsSeq(e)->items[1];
+      // keep small integer exponents exact: x^2 stays x^2, 2.^3 is computed
+      if (!IsInteger(x) || IsNumber(b)) x = EvalfRec(x, digits);
+      return CombinePower(b, x);
+    }
+    case kFunctionNode: {
+      std::vector<ALGEB> v = EvalfItems(e, digits);
+      ALGEB head = AsSeq(e)->items[0];
+      v.erase(v.begin());
+      if (IsName(head) && v.size() == 1 && IsFloatNode(v[0])) {
+        std::string n = NameText(head);
+        if (VexaHasEvalf1(n.c_str())) return VexaEvalf1(n.c_str(), FloatFromHandle(v[0])).Handle();
+      }
+      return NewFunction(head, v);
+    }
+    case kListNode:
+      return NewList(EvalfItems(e, digits));
+    case kSetNode:
+      return NewSet(EvalfItems(e, digits));
+    case kExpseqNode:
+      return NewExpseq(EvalfItems(e, digits));
+    case kRangeNode:
+    case kEquationNode:
+    case kInequalityNode:
+    case kNotNode:
+    case kAndNode:
+    case kOrNode: {
+      ALGEB r = NewSeqNode(t, AsSeq(e)->count, HeaderBits(e));
+      std::vector<ALGEB> v = EvalfItems(e, digits);
+      for (size_t i = 0; i < v.size(); ++i) AsSeq(r)->items[i] = v[i];
+      return r;
+    }
+    case kIndexedNode: {
+      std::vector<ALGEB> v = EvalfItems(e, digits);
+      v.erase(v.begin());
+      return NewIndexed(AsSeq(e)->items[0], v);
+    }
+    default:
+      return e;
+  }
+}
+
+}  // namespace
+
+ALGEB Eval(ALGEB e) {
+  if (e == nullptr) Raise("internal error: evaluating a null handle");
+  if (IsImmediate(e)) return e;
+  uint32_t t = NodeTypeOf(e);
+  if (IsConstantKind(t)) return e;
+  DepthGuard guard;
+  switch (t) {
+    case kNameNode: {
+      ALGEB v = Lookup(e);
+      if (v == nullptr) return e;
+      if (IsNode(v) && !IsConstantKind(NodeTypeOf(v))) return Eval(v);
+      return v;
+    }
+    case kListNode:
+    case kExpseqNode:
+    case kSetNode: {
+      std::vector<ALGEB> v;
+      for (ALGEB x : Items(e)) v.push_back(Eval(x));
+      if (t == kListNode) {
+        ALGEB flat = NewExpseq(v);
+        return NewList(IsNull(flat) ? std::vector<ALGEB>{} : Items(flat));
+      }
+      return t == kSetNode ? NewSet(v) : NewExpseq(v);
+    }
+    case kSumNode: {
+      std::vector<ALGEB> v;
+      for (ALGEB x : Items(e)) v.push_back(Eval(x));
+      return CombineSum(v);
+    }
+    case kProductNode: {
+      std::vector<ALGEB> v;
+      for (ALGEB x : Items(e)) v.push_back(Eval(x));
+      return CombineProduct(v);
+    }
+    case kPowerNode:
+      return CombinePower(Eval(AsSeq(e)->items[0]), Eval(AsSeq(e)->items[1]));
+    case kFunctionNode: {
+      ALGEB head = AsSeq(e)->items[0];
+      ALGEB f = IsName(head) ? Lookup(head) : Eval(head);
+      std::vector<ALGEB> args;
+      for (uint32_t i = 1; i < AsSeq(e)->count; ++i) args.push_back(Eval(AsSeq(e)->items[i]));
+      if (f != nullptr && IsProcedure(f)) return CallProcedure(head, NewExpseq(args));
+      ALGEB flat = NewExpseq(args);
+      std::vector<ALGEB> a = IsNull(flat) ? std::vector<ALGEB>{} : Items(flat);
+      // an elementary function of a float argument is computed
+      if (IsName(head) && a.size() == 1 && IsFloatNode(a[0])) {
+        std::string n = NameText(head);
+        if (VexaHasEvalf1(n.c_str())) return VexaEvalf1(n.c_str(), FloatFromHandle(a[0])).Handle();
+      }
+      return NewFunction(f != nullptr && !IsName(head) ? f : head, a);
+    }
+    case kIndexedNode: {
+      ALGEB base = AsSeq(e)->items[0];
+      std::vector<ALGEB> indices;
+      for (uint32_t i = 1; i < AsSeq(e)->count; ++i) indices.push_back(Eval(AsSeq(e)->items[i]));
+      ALGEB value = IsName(base) ? Lookup(base) : Eval(base);
+      return EvalIndexed(value == nullptr ? base : value, indices, base);
+    }
+    default: {
+      ALGEB r = NewSeqNode(t, AsSeq(e)->count, HeaderBits(e));
+      for (uint32_t i = 0; i < AsSeq(e)->count; ++i) AsSeq(r)->items[i] = Eval(AsSeq(e)->items[i]);
+      return r;
+    }
+  }
+}
+
+ALGEB Evalf(ALGEB e, int digits) {
+  if (digits < 1 || digits > VEXA_MAX_DIGITS)
+    Raise("evalf needs a number of digits from 1 to 1000000, received " + std::to_string(digits));
+  VexaDigitsScope scope(digits);
+  return EvalfRec(Eval(e), digits);
+}
+
+ALGEB Evalf(ALGEB e) {
+  return Evalf(e, VexaDigits());
+}
+
+double FloatToDouble(const VexaFloat& x) {
+  if (IsVexaFloatUndefined(x)) return std::nan("");
+  if (IsVexaFloatInfinity(x)) return HUGE_VAL;
+  if (IsVexaFloatNegativeInfinity(x)) return -HUGE_VAL;
+  return std::strtod(VexaFloatToString(x).c_str(), nullptr);
+}
+
+ALGEB NewFloatFromDouble(double x) {
+  if (std::isnan(x)) return VexaFloatUndefined().Handle();
+  if (std::isinf(x)) return VexaFloatInfinity(x > 0 ? 1 : -1).Handle();
+  char buf[40];
+  for (int p = 1; p <= 17; ++p) {
+    std::snprintf(buf, sizeof buf, "%.*e", p - 1, x);
+    if (std::strtod(buf, nullptr) == x) break;
+  }
+  return VexaFloatFromString(buf).Handle();
+}
+
+double Evalhf(ALGEB e) {
+  ALGEB r = IsFloatNode(e) ? e : Evalf(e, 18);
+  if (!IsFloatNode(r)) RaiseFormatted("unable to evaluate %1 to a hardware float", e);
+  return FloatToDouble(FloatFromHandle(r));
+}
+
+ALGEB EvalBoolean(ALGEB e) {
+  ALGEB v = Eval(e);
+  if (v == True() || v == False() || v == Fail()) return v;
+  auto b = [](bool x) { return x ? True() : False(); };
+  auto undecided = [&]() {
+    RaiseFormatted("cannot determine if this expression is true or false: %1", v);
+  };
+  switch (TypeOf(v)) {
+    case kEquationNode:
+    case kInequalityNode: {
+      ALGEB l = AsSeq(v)->items[0], r = AsSeq(v)->items[1];
+      bool numeric = IsNumeric(l) && IsNumeric(r);
+      if (TypeOf(v) == kEquationNode) return b(numeric ? Compare(l, r) == 0 : Equal(l, r));
+      RelationKind kind = RelationOf(v);
+      if (kind == kNotEqual) return b(numeric ? Compare(l, r) != 0 : !Equal(l, r));
+      if (!numeric) undecided();
+      int c = Compare(l, r);
+      if (c == 2) return False();
+      return b(kind == kLess ? c < 0 : c <= 0);
+    }
+    case kNotNode: {
+      ALGEB a = EvalBoolean(AsSeq(v)->items[0]);
+      return a == Fail() ? a : b(a == False());
+    }
+    case kAndNode:
+    case kOrNode: {
+      bool isAnd = TypeOf(v) == kAndNode;
+      ALGEB x = EvalBoolean(AsSeq(v)->items[0]);
+      if (x == (isAnd ? False() : True())) return x;
+      ALGEB y = EvalBoolean(AsSeq(v)->items[1]);
+      if (y == (isAnd ? False() : True())) return y;
+      return (x == Fail() || y == Fail()) ? Fail() : y;
+    }
+    default:
+      undecided();
+      return Fail();  // not reached
+  }
+}
+
+ALGEB AssignIndexed(ALGEB base, const std::vector<ALGEB>& indices, ALGEB value) {
+  if (indices.empty()) Raise("an indexed assignment needs at least one index");
+  ALGEB target = base;
+  if (IsName(base)) {
+    target = Lookup(base);
+    if (target == nullptr) {
+      target = NewTable();
+      Assign(base, target);
+    }
+  }
+  if (IsTable(target)) {
+    TablePut(target, indices.size() == 1 ? indices[0] : NewExpseq(indices), value);
+  } else if (IsRTable(target)) {
+    std::vector<M_INT> idx;
+    for (ALGEB i : indices) {
+      if (!IsInteger(i)) RaiseExpected("an integer index into an rtable", i);
+      idx.push_back(static_cast<M_INT>(IntegerValue(i)));
+    }
+    if (static_cast<M_INT>(idx.size()) != RTableNumDimensions(GetKernel(), target))
+      RaiseFormatted("wrong number of indices for %1", target);
+    RTableSetElement(target, idx.data(), value);
+  } else if (IsList(target) && IsName(base)) {
+    if (indices.size() != 1 || !IsInteger(indices[0]))
+      RaiseFormatted("expected one integer index, received %1", NewExpseq(indices));
+    long long i = IntegerValue(indices[0]), n = AsSeq(target)->count;
+    if (i < 1 || i > n) RaiseFormatted("index out of range: %1", indices[0]);
+    std::vector<ALGEB> items = Items(target);
+    items[i - 1] = value;
+    Assign(base, NewList(items));  // lists are values: the name gets a new list
+  } else {
+    RaiseFormatted("cannot assign to an index of %1", IsName(base) ? target : base);
+  }
+  return value;
+}
+
+}  // namespace vexa
