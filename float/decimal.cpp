@@ -5,6 +5,7 @@
 #include <gmp.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -44,22 +45,27 @@ constexpr int kSmallDigits = 18;
 
 using u128 = unsigned __int128;
 
+constexpr std::array<u128, 39> MakePow10U128() {
+  std::array<u128, 39> p{};
+  p[0] = 1;
+  for (int i = 1; i < 39; ++i) p[i] = p[i - 1] * 10;
+  return p;
+}
+constexpr std::array<u128, 39> kPow10U128 = MakePow10U128();
+
+// Decimal digits of v (1 for zero) in constant time: t = floor(bits * log10(2)) is the
+// count or one short of it. v | 1 has the same count, as every power of ten above 1 is even.
 int DigitsU64(uint64_t v) {
-  int n = 1;
-  while (n < 20 && v >= kPow10[n]) ++n;
-  return n;
+  uint64_t w = v | 1;
+  int t = ((64 - __builtin_clzll(w)) * 1233) >> 12;
+  return t + (w >= kPow10[t]);
 }
 
 int DigitsU128(u128 v) {
-  if ((v >> 64) == 0) return DigitsU64(static_cast<uint64_t>(v));
-  // v >= 2^64 > 10^19, so v has at least 20 digits
-  int n = 20;
-  u128 p = static_cast<u128>(kPow10[19]) * 10;  // 10^20
-  while (n < 39 && v >= p) {
-    ++n;
-    if (n < 39) p *= 10;
-  }
-  return n;
+  uint64_t hi = static_cast<uint64_t>(v >> 64);
+  if (hi == 0) return DigitsU64(static_cast<uint64_t>(v));
+  int t = ((128 - __builtin_clzll(hi)) * 1233) >> 12;
+  return t + (v >= kPow10U128[t]);
 }
 
 // 128-by-64 division whose quotient fits in 64 bits (hi(n) < d).
@@ -204,6 +210,14 @@ ALGEB NewFloatNode(const mpz_t mantissa, int64_t exponent) {
 // checks the exponent range. digits <= 0 keeps every digit.
 namespace {
 
+// Scratch integers reused across calls, so that the GMP paths do not allocate each time.
+struct Scratch {
+  mpz_t v;
+  Scratch() { mpz_init(v); }
+  ~Scratch() { mpz_clear(v); }
+};
+thread_local Scratch gRemainder, gProduct;
+
 ALGEB FinishSmall(bool negative, uint64_t m, int64_t e) {
   if (m == 0) return SpecialFloatNode(kFinite);
   while (m % 10 == 0) {
@@ -255,20 +269,24 @@ ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
   int64_t n = DecimalDigits(m);
   if (digits > 0 && n > digits) {
     int64_t k = n - digits;
-    mpz_t p, r;
-    mpz_init(p);
-    mpz_init(r);
-    Pow10(p, k);
+    mpz_t big;
+    const mpz_t* p = &big;
+    if (k < 4096) {
+      p = &Pow10Cached(k);
+    } else {
+      mpz_init(big);
+      Pow10(big, k);
+    }
+    mpz_t& r = gRemainder.v;
     int sign = mpz_sgn(m);
     mpz_abs(m, m);
-    mpz_tdiv_qr(m, r, m, p);
+    mpz_tdiv_qr(m, r, m, *p);
     mpz_mul_2exp(r, r, 1);
-    int c = mpz_cmp(r, p);
+    int c = mpz_cmp(r, *p);
     if (c > 0 || (c == 0 && mpz_odd_p(m))) mpz_add_ui(m, m, 1);
     if (sign < 0) mpz_neg(m, m);
     e += k;
-    mpz_clear(p);
-    mpz_clear(r);
+    if (p == &big) mpz_clear(big);
   }
   if (mpz_divisible_ui_p(m, 10)) {
     mpz_t ten;
@@ -382,14 +400,12 @@ ALGEB MulFinite(const FloatNode* a, const FloatNode* b, int digits) {
     u128 p = static_cast<u128>(a->limbs[0]) * b->limbs[0];
     return RoundSmall((a->size < 0) != (b->size < 0), p, a->exponent + b->exponent, digits);
   }
-  mpz_t m, ma, mb;
-  mpz_init(m);
+  mpz_t ma, mb;
+  mpz_t& m = gProduct.v;
   MantissaView(ma, a);
   MantissaView(mb, b);
   mpz_mul(m, ma, mb);
-  ALGEB r = RoundToNode(m, a->exponent + b->exponent, digits);
-  mpz_clear(m);
-  return r;
+  return RoundToNode(m, a->exponent + b->exponent, digits);
 }
 
 ALGEB DivFinite(const FloatNode* a, const FloatNode* b, int digits) {
