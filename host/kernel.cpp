@@ -72,7 +72,7 @@ Kernel* GetKernel() {
   static Kernel* kernel = nullptr;
   if (kernel == nullptr) {
     GC_INIT();
-    kernel = new Kernel;
+    kernel = new (GC_MALLOC_UNCOLLECTABLE(sizeof(Kernel))) Kernel;
     Setup(kernel);
   }
   return kernel;

@@ -3,6 +3,7 @@
 #ifndef VEXA_HOST_NODES_H
 #define VEXA_HOST_NODES_H
 
+#include <gc/gc_allocator.h>
 #include <gmp.h>
 
 #include <random>
@@ -144,10 +145,14 @@ VexaFloat ExactToFloat(ALGEB e, int digits);  // digits 0: exact (integers only)
 
 }  // namespace vexa
 
-// The kernel's state: global names, collector roots, random stream, info output.
+// The kernel's state: global names, collector roots, random stream, info output. It and
+// its maps live in uncollectable traced memory, whatever operator new is in force.
 struct _VexaKernelVectorDesc {
-  std::unordered_map<std::string, ALGEB> globals;
-  std::unordered_map<ALGEB, long> protects;
+  template <class K, class V>
+  using TracedMap = std::unordered_map<K, V, std::hash<K>, std::equal_to<K>,
+                                       traceable_allocator<std::pair<const K, V>>>;
+  TracedMap<std::string, ALGEB> globals;
+  TracedMap<ALGEB, long> protects;
   std::mt19937 random{vexa::kDefaultRandomSeed};
   std::FILE* info = stdout;
   ALGEB digits = nullptr;  // the name Digits
