@@ -48,14 +48,4 @@ TEST(Lifecycle, SecondInitializeIsIgnoredUntilTerminate) {
   vexa::SeedRandom(vexa::kDefaultRandomSeed);
 }
 
-TEST(RandomStream, DrawsFromTheHostStream) {
-  vexa::SeedRandom(11);
-  const uint32_t word = STATS_VexaRandomStream_MP::NextInteger();
-  const VexaFloat u = STATS_VexaRandomStream_MP::NextDouble();
-  vexa::SeedRandom(11);
-  EXPECT_EQ(word, VexaRandomInt32(Kv()));
-  EXPECT_EQ(Text(u), Text(VexaFloat(VexaRandomSoftwareFloat01(Kv()))));
-  EXPECT_TRUE(u >= 0 && u < 1);
-}
-
 }  // namespace
