@@ -1,6 +1,7 @@
 // Evaluation: names to their values, procedure calls, numbers combined in sums, products
 // and powers (like terms and equal bases collected); evalf to floats at a given number of
 // digits; evalhf to doubles; three-valued boolean evaluation.
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -352,10 +353,8 @@ ALGEB NewFloatFromDouble(double x) {
   if (std::isnan(x)) return VexaFloatUndefined().Handle();
   if (std::isinf(x)) return VexaFloatInfinity(x > 0 ? 1 : -1).Handle();
   char buf[40];
-  for (int p = 1; p <= 17; ++p) {
-    std::snprintf(buf, sizeof buf, "%.*e", p - 1, x);
-    if (std::strtod(buf, nullptr) == x) break;
-  }
+  auto r = std::to_chars(buf, buf + sizeof buf - 1, x);  // the shortest that reads back
+  *r.ptr = 0;
   return VexaFloatFromString(buf).Handle();
 }
 
