@@ -33,6 +33,16 @@ bench: deps
 	@cmake --build build/bench -j$(JOBS)
 	@scripts/bench build/bench
 
+# Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120).
+FUZZ_SECONDS ?= 120
+fuzz: deps
+	@scripts/install-deps --fuzz
+	@CC=clang CXX=clang++ cmake -S . -B build/fuzz -DVEXA_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	@cmake --build build/fuzz -j$(JOBS) --target fuzz_shell
+	@mkdir -p build/fuzz/corpus
+	@cp tests/shell/*.vx examples/*.vx build/fuzz/corpus/ 2>/dev/null || true
+	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 build/fuzz/corpus
+
 clean:
 	rm -rf build
 

@@ -1,0 +1,289 @@
+// Host arrays (rtables) from the shell: construction with data types and storages, element
+// reading, and iteration.
+#include <map>
+
+#include "shell/builtins.h"
+#include "shell/eval.h"
+
+namespace vexa::shell {
+namespace {
+
+struct DataType {
+  int code;
+  const char* elementType;  // null: the host's default
+};
+
+// datatype = anything | complex | integer[1|2|4|8] | float[8] | complex[8] | float[4] | sfloat
+DataType ParseDataType(const std::string& where, ALGEB spec) {
+  static const std::map<std::string, DataType> plain = {{"anything", {RTABLE_DAG, nullptr}},
+                                                        {"complex", {RTABLE_CXDAG, nullptr}},
+                                                        {"sfloat", {RTABLE_DAG, "sfloat"}},
+                                                        {"float", {RTABLE_FLOAT64, nullptr}},
+                                                        {"integer", {RTABLE_DAG, "integer"}}};
+  if (IsName(spec)) {
+    auto it = plain.find(NameText(spec));
+    if (it != plain.end()) return it->second;
+  } else if (IsNode(spec) && TypeOf(spec) == kFunctionNode) {
+    // an indexed name such as float[8] is read as the head and its index
+  }
+  std::string text = Print(spec);
+  static const std::map<std::string, int> indexed = {
+      {"integer[1]", RTABLE_INTEGER8},  {"integer[2]", RTABLE_INTEGER16},
+      {"integer[4]", RTABLE_INTEGER32}, {"integer[8]", RTABLE_INTEGER64},
+      {"float[8]", RTABLE_FLOAT64},     {"complex[8]", RTABLE_COMPLEX},
+      {"float[4]", RTABLE_FLOAT32}};
+  auto it = indexed.find(text);
+  if (it != indexed.end()) return {it->second, nullptr};
+  RaiseIn(where, FormatMessage("unknown datatype %1; expected anything, complex, integer[1], "
+                               "integer[2], integer[4], integer[8], float[8], complex[8], "
+                               "float[4] or sfloat",
+                               spec, nullptr));
+}
+
+long long BoundValue(const std::string& where, ALGEB e) {
+  if (!IsInteger(e) || !FitsInt64(e))
+    RaiseIn(where, FormatMessage("bounds must be integers, received %1", e, nullptr));
+  return IntegerValue(e);
+}
+
+// One element as the rtable stores it.
+RTableData ToElement(const std::string& where, int code, ALGEB v, bool sfloat) {
+  VexaKernelVector kv = GetKernel();
+  RTableData d;
+  d.int64 = 0;
+  switch (code) {
+    case RTABLE_DAG:
+      d.dag = sfloat ? vexa::Evalf(v) : v;
+      if (sfloat && !IsFloat(d.dag))
+        RaiseIn(where, FormatMessage("sfloat elements must be numeric, received %1", v, nullptr));
+      break;
+    case RTABLE_CXDAG:
+      if (IsNode(v) && TypeOf(v) == kComplexNode) {
+        d.cxdag.re = Op(v, 1);
+        d.cxdag.im = Op(v, 2);
+      } else {
+        d.cxdag.re = v;
+        d.cxdag.im = NewInteger(0);
+      }
+      break;
+    case RTABLE_INTEGER8:
+    case RTABLE_INTEGER16:
+    case RTABLE_INTEGER32:
+    case RTABLE_INTEGER64: {
+      static const long long limit[] = {0, 0, 127, 32767, 2147483647LL, 0};
+      if (!IsInteger(v) || !FitsInt64(v) ||
+          (code != RTABLE_INTEGER64 &&
+           (IntegerValue(v) > limit[code] || IntegerValue(v) < -limit[code] - 1)))
+        RaiseIn(where, FormatMessage("element %1 does not fit the integer data type", v, nullptr));
+      long long x = IntegerValue(v);
+      if (code == RTABLE_INTEGER8) d.int8 = static_cast<INTEGER8>(x);
+      if (code == RTABLE_INTEGER16) d.int16 = static_cast<INTEGER16>(x);
+      if (code == RTABLE_INTEGER32) d.int32 = static_cast<INTEGER32>(x);
+      if (code == RTABLE_INTEGER64) d.int64 = x;
+      break;
+    }
+    case RTABLE_FLOAT64:
+      d.float64 = vexa::Evalhf(v);
+      break;
+    case RTABLE_COMPLEX:
+      if (IsNode(v) && TypeOf(v) == kComplexNode) {
+        d.complexf64.re = vexa::Evalhf(Op(v, 1));
+        d.complexf64.im = vexa::Evalhf(Op(v, 2));
+      } else {
+        d.complexf64.re = vexa::Evalhf(v);
+        d.complexf64.im = 0;
+      }
+      break;
+    case RTABLE_FLOAT32:
+      d.float32 = static_cast<FLOAT32>(vexa::Evalhf(v));
+      break;
+  }
+  (void)kv;
+  return d;
+}
+
+ALGEB FromElement(int code, const RTableData& d) {
+  switch (code) {
+    case RTABLE_DAG:
+      return d.dag;
+    case RTABLE_CXDAG:
+      return IsZero(d.cxdag.im) && !IsFloat(d.cxdag.im) ? d.cxdag.re
+                                                        : NewComplex(d.cxdag.re, d.cxdag.im);
+    case RTABLE_INTEGER8:
+      return NewInteger(d.int8);
+    case RTABLE_INTEGER16:
+      return NewInteger(d.int16);
+    case RTABLE_INTEGER32:
+      return NewInteger(d.int32);
+    case RTABLE_INTEGER64:
+      return NewInteger(d.int64);
+    case RTABLE_FLOAT64:
+      return NewFloatFromDouble(d.float64);
+    case RTABLE_COMPLEX:
+      return NewComplex(NewFloatFromDouble(d.complexf64.re), NewFloatFromDouble(d.complexf64.im));
+    case RTABLE_FLOAT32:
+      return NewFloatFromDouble(d.float32);
+  }
+  return Null();
+}
+
+// Visits every index of the bounds, first index fastest.
+template <class F>
+void ForEachIndex(const std::vector<M_INT>& lo, const std::vector<M_INT>& hi, F f) {
+  size_t n = lo.size();
+  for (size_t d = 0; d < n; ++d)
+    if (hi[d] < lo[d]) return;
+  std::vector<M_INT> index(lo);
+  for (;;) {
+    f(index.data());
+    size_t d = 0;
+    while (d < n && ++index[d] > hi[d]) {
+      index[d] = lo[d];
+      ++d;
+    }
+    if (d == n) return;
+  }
+}
+
+// The initial value at an index from a (nested) list.
+ALGEB InitialAt(ALGEB init, const M_INT* index, const std::vector<M_INT>& lo, size_t dims) {
+  ALGEB v = init;
+  for (size_t d = 0; d < dims; ++d) {
+    if (!IsList(v)) return nullptr;
+    M_INT i = index[d] - lo[d] + 1;
+    if (i < 1 || i > NumOps(v)) return nullptr;
+    v = Op(v, static_cast<int>(i));
+  }
+  return v;
+}
+
+}  // namespace
+
+ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call) {
+  VexaKernelVector kv = GetKernel();
+  std::vector<ALGEB> args = ev->EvaluateArguments(call->children, 1);
+  std::vector<M_INT> lo, hi;
+  ALGEB init = nullptr;
+  DataType type{RTABLE_DAG, nullptr};
+  int storage = RTABLE_RECT;
+  for (ALGEB a : args) {
+    uint32_t t = IsNode(a) ? TypeOf(a) : kIntegerNode;
+    if (t == kEquationNode && IsName(Op(a, 1))) {
+      std::string option = NameText(Op(a, 1));
+      if (option == "datatype") {
+        type = ParseDataType(name, Op(a, 2));
+      } else if (option == "storage") {
+        std::string s = IsName(Op(a, 2)) ? NameText(Op(a, 2)) : "";
+        if (s == "rectangular")
+          storage = RTABLE_RECT;
+        else if (s == "sparse")
+          storage = RTABLE_SPARSE;
+        else
+          RaiseIn(name, FormatMessage("unknown storage %1; expected rectangular or sparse",
+                                      Op(a, 2), nullptr));
+      } else {
+        RaiseIn(name, FormatMessage("unknown option %1", a, nullptr));
+      }
+    } else if (t == kRangeNode) {
+      lo.push_back(BoundValue(name, Op(a, 1)));
+      hi.push_back(BoundValue(name, Op(a, 2)));
+    } else if (IsInteger(a)) {
+      long long n = BoundValue(name, a);
+      if (n < 0)
+        RaiseIn(name, FormatMessage("dimension must not be negative, received %1", a, nullptr));
+      lo.push_back(1);
+      hi.push_back(n);
+    } else if (IsList(a) && init == nullptr) {
+      init = a;
+    } else {
+      RaiseIn(name, FormatMessage("unexpected argument %1", a, nullptr));
+    }
+  }
+  if (lo.empty()) {
+    if (init == nullptr) RaiseIn(name, name + " needs bounds or an initial list");
+    // bounds from the shape of the list
+    for (ALGEB v = init; IsList(v); v = NumOps(v) > 0 ? Op(v, 1) : nullptr) {
+      lo.push_back(1);
+      hi.push_back(NumOps(v));
+      if (name == "Vector" || NumOps(v) == 0) break;
+    }
+  }
+  if (name == "Vector" && lo.size() != 1) RaiseIn(name, "a Vector has one dimension");
+  RTableSettings s;
+  RTableGetDefaults(kv, &s);
+  s.num_dimensions = static_cast<int>(lo.size());
+  s.data_type = type.code;
+  s.storage = storage;
+  s.subtype = name == "Vector" ? RTABLE_COLUMN : RTABLE_ARRAY;
+  if (type.elementType != nullptr) s.element_type = ToVexaName(kv, type.elementType, 1);
+  std::vector<M_INT> bounds;
+  for (size_t d = 0; d < lo.size(); ++d) {
+    bounds.push_back(lo[d]);
+    bounds.push_back(hi[d]);
+  }
+  ALGEB rt = RTableCreate(kv, &s, nullptr, bounds.data());
+  if (init != nullptr) {
+    bool sfloat = type.elementType != nullptr && std::string(type.elementType) == "sfloat";
+    ForEachIndex(lo, hi, [&](M_INT* index) {
+      ALGEB v = InitialAt(init, index, lo, lo.size());
+      if (v != nullptr) RTableAssign(kv, rt, index, ToElement(name, type.code, v, sfloat));
+    });
+  }
+  return rt;
+}
+
+std::vector<ALGEB> ContainerItems(ALGEB c) {
+  if (IsList(c) || IsExpseq(c) || (IsNode(c) && TypeOf(c) == kSetNode)) return Ops(c);
+  if (IsRTable(c)) {
+    VexaKernelVector kv = GetKernel();
+    RTableSettings s;
+    RTableGetSettings(kv, &s, c);
+    std::vector<M_INT> lo, hi;
+    for (int d = 1; d <= s.num_dimensions; ++d) {
+      lo.push_back(RTableLowerBound(kv, c, d));
+      hi.push_back(RTableUpperBound(kv, c, d));
+    }
+    std::vector<ALGEB> items;
+    ForEachIndex(lo, hi, [&](M_INT* index) {
+      items.push_back(FromElement(s.data_type, RTableSelect(kv, c, index)));
+    });
+    return items;
+  }
+  RaiseFormatted("expected a list, set, sequence or array, received %1", c);
+}
+
+ALGEB Select(ALGEB base, const std::vector<ALGEB>& indices) {
+  if (IsRTable(base)) {
+    VexaKernelVector kv = GetKernel();
+    RTableSettings s;
+    RTableGetSettings(kv, &s, base);
+    if (static_cast<int>(indices.size()) != s.num_dimensions)
+      RaiseFormatted("expected " + std::to_string(s.num_dimensions) + " indices, received %1",
+                     NewExpseq(indices));
+    std::vector<M_INT> index;
+    for (ALGEB i : indices) {
+      if (!IsInteger(i) || !FitsInt64(i))
+        RaiseFormatted("an array index must be an integer, received %1", i);
+      index.push_back(IntegerValue(i));
+    }
+    return FromElement(s.data_type, RTableSelect(kv, base, index.data()));
+  }
+  if (IsList(base) || IsExpseq(base)) {
+    if (indices.size() != 1 || !IsInteger(indices[0]) || !FitsInt64(indices[0]))
+      RaiseFormatted("a list index must be one integer, received %1", NewExpseq(indices));
+    long long i = IntegerValue(indices[0]);
+    int n = NumOps(base);
+    if (i < 0) i += n + 1;
+    if (i < 1 || i > n)
+      RaiseFormatted("index out of range: %1 has " + std::to_string(n) + " elements", base);
+    return Op(base, static_cast<int>(i));
+  }
+  if (IsTable(base)) {
+    ALGEB key = indices.size() == 1 ? indices[0] : NewExpseq(indices);
+    ALGEB v = TableGet(base, key);
+    return v != nullptr ? v : NewIndexed(base, indices);
+  }
+  return NewIndexed(base, indices);
+}
+
+}  // namespace vexa::shell

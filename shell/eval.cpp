@@ -1,0 +1,519 @@
+// Statement execution and expression evaluation. Names evaluate to their values (locals of
+// the running procedure first), exact numbers combine exactly, and what cannot be made
+// numeric stays symbolic.
+#include "shell/eval.h"
+
+#include <set>
+
+#include "host/error.h"
+#include "shell/builtins.h"
+#include "shell/library.h"
+
+namespace vexa::shell {
+namespace {
+
+constexpr int kMaxCallDepth = 800;
+
+// Leaves a procedure: carries the returned value up to the call.
+struct ReturnSignal {
+  ALGEB value;
+};
+
+Evaluator* gEvaluator = nullptr;
+
+ALGEB CallHook(Kernel*, ALGEB proc, void* body, ALGEB args) {
+  return gEvaluator->CallInterpreted(proc, static_cast<Node*>(body), args);
+}
+
+std::string PrintBody(void* body);
+
+const ProcedureHooks kHooks = {CallHook, PrintBody};
+
+const std::set<std::string> kProtected = {"Pi",        "infinity", "undefined", "true",    "false",
+                                          "FAIL",      "NULL",     "evalf",     "seq",     "time",
+                                          "randomize", "Array",    "Vector",    "convert", "nops",
+                                          "op",        "lhs",      "rhs",       "Float"};
+
+// Values of a sequence are spliced into lists, sets and argument lists.
+void Splice(std::vector<ALGEB>* into, ALGEB v) {
+  if (IsExpseq(v)) {
+    for (ALGEB x : Ops(v)) into->push_back(x);
+  } else {
+    into->push_back(v);
+  }
+}
+
+bool IsComplexNode(ALGEB e) {
+  return IsNode(e) && TypeOf(e) == kComplexNode;
+}
+bool IsArithmeticOperand(ALGEB e) {
+  return IsNumeric(e) || IsComplexNode(e);
+}
+
+// Symbolic arithmetic: an unevaluated sum, product or power.
+ALGEB SymbolicSum(ALGEB a, ALGEB b) {
+  return NewSum({a, b});
+}
+ALGEB SymbolicNegate(ALGEB a) {
+  return NewProduct({NewInteger(-1), a});
+}
+
+std::string Unparse(Node* n);
+
+std::string UnparseList(const std::vector<Node*>& nodes, size_t from) {
+  std::string s;
+  for (size_t i = from; i < nodes.size(); ++i) {
+    if (i > from) s += ", ";
+    s += Unparse(nodes[i]);
+  }
+  return s;
+}
+
+std::string UnparseBlock(Node* block) {
+  std::string s;
+  for (Node* c : block->children) s += " " + Unparse(c) + (c->kind == NodeKind::kNull ? "" : ";");
+  return s;
+}
+
+// Text of a syntax tree, for printing procedures.
+std::string Unparse(Node* n) {
+  if (n == nullptr) return "";
+  switch (n->kind) {
+    case NodeKind::kInteger:
+    case NodeKind::kFloat:
+    case NodeKind::kName:
+      return n->text;
+    case NodeKind::kString:
+      return "\"" + n->text + "\"";
+    case NodeKind::kIndex:
+      return Unparse(n->children[0]) + "[" + UnparseList(n->children, 1) + "]";
+    case NodeKind::kCall:
+      return Unparse(n->children[0]) + "(" + UnparseList(n->children, 1) + ")";
+    case NodeKind::kBinary: {
+      std::string op = n->text;
+      bool tight = op == "^" || op == "*" || op == "/";
+      std::string l = Unparse(n->children[0]), r = Unparse(n->children[1]);
+      if (n->children[0]->kind == NodeKind::kBinary) l = "(" + l + ")";
+      if (n->children[1]->kind == NodeKind::kBinary) r = "(" + r + ")";
+      return tight ? l + op + r : l + " " + op + " " + r;
+    }
+    case NodeKind::kUnary:
+      return n->text == "not" ? "not " + Unparse(n->children[0]) : "-" + Unparse(n->children[0]);
+    case NodeKind::kList:
+      return "[" + UnparseList(n->children, 0) + "]";
+    case NodeKind::kSet:
+      return "{" + UnparseList(n->children, 0) + "}";
+    case NodeKind::kSequence:
+      return UnparseList(n->children, 0);
+    case NodeKind::kProcedure: {
+      std::string params;
+      for (size_t i = 0; i < n->params.size(); ++i) params += (i ? ", " : "") + n->params[i];
+      if (n->arrow) return "(" + params + ") -> " + Unparse(n->children[0]);
+      std::string s = "proc (" + params + ")";
+      if (!n->locals.empty()) {
+        s += " local ";
+        for (size_t i = 0; i < n->locals.size(); ++i) s += (i ? ", " : "") + n->locals[i];
+        s += ";";
+      }
+      return s + UnparseBlock(n->children[0]) + " end proc";
+    }
+    case NodeKind::kAssign:
+      return Unparse(n->children[0]) + " := " + Unparse(n->children[1]);
+    case NodeKind::kIf: {
+      std::string s;
+      size_t i = 0;
+      for (; i + 1 < n->children.size(); i += 2)
+        s += (i == 0 ? "if " : " elif ") + Unparse(n->children[i]) + " then" +
+             UnparseBlock(n->children[i + 1]);
+      if (i < n->children.size()) s += " else" + UnparseBlock(n->children[i]);
+      return s + " end if";
+    }
+    case NodeKind::kForFrom: {
+      std::string s = "for " + n->text;
+      if (n->children[0]) s += " from " + Unparse(n->children[0]);
+      if (n->children[1]) s += " by " + Unparse(n->children[1]);
+      if (n->children[2]) s += " to " + Unparse(n->children[2]);
+      return s + " do" + UnparseBlock(n->children[3]) + " end do";
+    }
+    case NodeKind::kForIn:
+      return "for " + n->text + " in " + Unparse(n->children[0]) + " do" +
+             UnparseBlock(n->children[1]) + " end do";
+    case NodeKind::kWhile:
+      return "while " + Unparse(n->children[0]) + " do" + UnparseBlock(n->children[1]) + " end do";
+    case NodeKind::kReturn:
+      return n->children.empty() ? "return" : "return " + Unparse(n->children[0]);
+    case NodeKind::kBlock:
+      return UnparseBlock(n);
+    case NodeKind::kNull:
+      return "";
+  }
+  return "";
+}
+
+std::string PrintBody(void* body) {
+  return Unparse(static_cast<Node*>(body));
+}
+
+}  // namespace
+
+Evaluator::Evaluator() : kernel_(GetKernel()) {
+  gEvaluator = this;
+}
+
+bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
+  out_ = &out;
+  frames_.clear();
+  callDepth_ = 0;
+  try {
+    Run(statement, !statement->silent);
+    return true;
+  } catch (const HostError& e) {
+    out.flush();
+    err << "Error, " << ErrorText(e) << "\n";
+  } catch (const ReturnSignal&) {
+    out.flush();
+    err << "Error, return used outside a procedure\n";
+  } catch (const std::bad_alloc&) {
+    out.flush();
+    err << "Error, out of memory\n";
+  }
+  err.flush();
+  return false;
+}
+
+void Evaluator::Echo(ALGEB value) {
+  if (value == nullptr || IsNull(value)) return;
+  *out_ << Print(value) << "\n";
+}
+
+// Runs a statement. Top-level statements (and those of top-level loops and conditionals)
+// echo their values when echo is set.
+ALGEB Evaluator::Run(Node* s, bool echo) {
+  switch (s->kind) {
+    case NodeKind::kNull:
+      return Null();
+    case NodeKind::kAssign: {
+      ALGEB value = Evaluate(s->children[1]);
+      AssignTo(s->children[0], value);
+      if (echo && frames_.empty()) Echo(value);
+      return value;
+    }
+    case NodeKind::kIf: {
+      size_t i = 0;
+      for (; i + 1 < s->children.size(); i += 2)
+        if (Condition(s->children[i])) return RunBlock(s->children[i + 1], echo);
+      if (i < s->children.size()) return RunBlock(s->children[i], echo);
+      return Null();
+    }
+    case NodeKind::kForFrom: {
+      ALGEB from = s->children[0] ? Evaluate(s->children[0]) : NewInteger(1);
+      ALGEB by = s->children[1] ? Evaluate(s->children[1]) : NewInteger(1);
+      ALGEB to = s->children[2] ? Evaluate(s->children[2]) : nullptr;
+      if (!IsNumeric(from) || !IsNumeric(by) || (to && !IsNumeric(to)))
+        RaiseFormatted("for loop bounds must be numeric, received %1",
+                       NewExpseq({from, to ? to : Null()}));
+      if (IsZero(by)) RaiseFormatted("for loop step must not be zero");
+      int direction = vexa::Sign(by);
+      ALGEB result = Null();
+      for (ALGEB i = from;; i = Add(i, by)) {
+        if (to != nullptr) {
+          int c = Compare(i, to);
+          if (c == 2 || c == direction) break;
+        }
+        AssignName(s->text, i);
+        result = RunBlock(s->children[3], echo);
+      }
+      return result;
+    }
+    case NodeKind::kForIn: {
+      ALGEB container = Evaluate(s->children[0]);
+      std::vector<ALGEB> items = ContainerItems(container);
+      ALGEB result = Null();
+      for (ALGEB x : items) {
+        AssignName(s->text, x);
+        result = RunBlock(s->children[1], echo);
+      }
+      return result;
+    }
+    case NodeKind::kWhile: {
+      ALGEB result = Null();
+      while (Condition(s->children[0])) result = RunBlock(s->children[1], echo);
+      return result;
+    }
+    case NodeKind::kReturn: {
+      if (frames_.empty()) RaiseFormatted("return used outside a procedure");
+      throw ReturnSignal{s->children.empty() ? Null() : Evaluate(s->children[0])};
+    }
+    default: {
+      ALGEB value = Evaluate(s);
+      if (echo && frames_.empty()) Echo(value);
+      return value;
+    }
+  }
+}
+
+ALGEB Evaluator::RunBlock(Node* block, bool echo) {
+  ALGEB result = Null();
+  for (Node* s : block->children) result = Run(s, echo && !s->silent);
+  return result;
+}
+
+bool Evaluator::Condition(Node* e) {
+  ALGEB v = EvalBoolean(Evaluate(e));
+  if (IsTrue(v)) return true;
+  if (IsFalse(v)) return false;
+  RaiseFormatted("cannot determine if this expression is true or false: %1", Evaluate(e));
+}
+
+ALGEB Evaluator::NameNode(const std::string& name) {
+  if (!frames_.empty()) {
+    auto it = frames_.back()->names.find(name);
+    if (it != frames_.back()->names.end()) return it->second;
+  }
+  return NewName(name, true);
+}
+
+ALGEB Evaluator::EvaluateName(const std::string& name) {
+  if (!frames_.empty()) {
+    Frame* f = frames_.back();
+    auto v = f->values.find(name);
+    if (v != f->values.end()) return v->second;
+    auto n = f->names.find(name);
+    if (n != f->names.end()) return n->second;
+  }
+  if (name == "true") return True();
+  if (name == "false") return False();
+  if (name == "FAIL") return Fail();
+  if (name == "NULL") return Null();
+  ALGEB n = NewName(name, true);
+  ALGEB v = Lookup(n);
+  return v != nullptr ? v : n;
+}
+
+void Evaluator::AssignName(const std::string& name, ALGEB value) {
+  if (!frames_.empty()) {
+    Frame* f = frames_.back();
+    if (f->names.count(name)) {
+      f->values[name] = value;
+      return;
+    }
+  }
+  if (kProtected.count(name))
+    RaiseFormatted("attempting to assign to `" + name + "` which is protected");
+  Assign(NewName(name, true), value);
+}
+
+ALGEB Evaluator::SavedValue(const std::string& name) {
+  if (!frames_.empty() && frames_.back()->names.count(name)) {
+    auto v = frames_.back()->values.find(name);
+    return v == frames_.back()->values.end() ? nullptr : v->second;
+  }
+  return Lookup(NewName(name, true));
+}
+
+void Evaluator::RestoreName(const std::string& name, ALGEB saved) {
+  if (!frames_.empty() && frames_.back()->names.count(name)) {
+    if (saved == nullptr)
+      frames_.back()->values.erase(name);
+    else
+      frames_.back()->values[name] = saved;
+    return;
+  }
+  if (saved == nullptr)
+    Unassign(NewName(name, true));
+  else
+    Assign(NewName(name, true), saved);
+}
+
+void Evaluator::AssignTo(Node* target, ALGEB value) {
+  switch (target->kind) {
+    case NodeKind::kName:
+      AssignName(target->text, value);
+      return;
+    case NodeKind::kIndex: {
+      Node* base = target->children[0];
+      std::vector<ALGEB> indices = EvaluateArguments(target->children, 1);
+      ALGEB b;
+      if (base->kind == NodeKind::kName) {
+        b = EvaluateName(base->text);
+        if (IsName(b) || (!IsTable(b) && !IsRTable(b) && !IsList(b))) b = NameNode(base->text);
+        if (kProtected.count(base->text))
+          RaiseFormatted("attempting to assign to `" + base->text + "` which is protected");
+      } else {
+        b = Evaluate(base);
+      }
+      ALGEB before = IsName(b) ? Lookup(b) : nullptr;
+      ALGEB result = AssignIndexed(b, indices, value);
+      (void)result;
+      // a list element assignment makes a new list: store it back
+      if (IsName(b) && base->kind == NodeKind::kName && before != nullptr && IsList(before)) {
+        ALGEB after = Lookup(b);
+        if (after != nullptr) AssignName(base->text, after);
+      }
+      return;
+    }
+    case NodeKind::kSequence: {
+      std::vector<ALGEB> values;
+      Splice(&values, value);
+      if (values.size() != target->children.size())
+        RaiseFormatted("cannot assign " + std::to_string(values.size()) + " values to " +
+                       std::to_string(target->children.size()) + " names");
+      for (size_t i = 0; i < values.size(); ++i) AssignTo(target->children[i], values[i]);
+      return;
+    }
+    default:
+      SyntaxErrorInAssignment(Unparse(target));
+  }
+}
+
+std::vector<ALGEB> Evaluator::EvaluateArguments(const std::vector<Node*>& nodes, size_t from) {
+  std::vector<ALGEB> values;
+  for (size_t i = from; i < nodes.size(); ++i) Splice(&values, Evaluate(nodes[i]));
+  return values;
+}
+
+ALGEB Evaluator::Evaluate(Node* e) {
+  switch (e->kind) {
+    case NodeKind::kInteger:
+      return NewIntegerFromString(e->text);
+    case NodeKind::kFloat:
+      return NewFloat(VexaFloatFromString(e->text));
+    case NodeKind::kString:
+      return NewString(e->text);
+    case NodeKind::kName:
+      return EvaluateName(e->text);
+    case NodeKind::kIndex:
+      return EvaluateIndex(e);
+    case NodeKind::kCall:
+      return EvaluateCall(e);
+    case NodeKind::kBinary:
+      return EvaluateBinary(e);
+    case NodeKind::kUnary: {
+      ALGEB a = Evaluate(e->children[0]);
+      if (e->text == "not") return EvalBoolean(NewNot(a));
+      return IsArithmeticOperand(a) ? Negate(a) : SymbolicNegate(a);
+    }
+    case NodeKind::kList:
+      return NewList(EvaluateArguments(e->children, 0));
+    case NodeKind::kSet:
+      return NewSet(EvaluateArguments(e->children, 0));
+    case NodeKind::kSequence:
+      return NewExpseq(EvaluateArguments(e->children, 0));
+    case NodeKind::kProcedure:
+      return NewInterpretedProcedure(e, &kHooks, e->params);
+    default:
+      return Run(e, false);
+  }
+}
+
+ALGEB Evaluator::EvaluateIndex(Node* e) {
+  ALGEB base = Evaluate(e->children[0]);
+  std::vector<ALGEB> indices = EvaluateArguments(e->children, 1);
+  return Select(base, indices);
+}
+
+ALGEB Evaluator::EvaluateBinary(Node* e) {
+  const std::string& op = e->text;
+  if (op == "and" || op == "or") {
+    ALGEB a = EvalBoolean(Evaluate(e->children[0]));
+    // short circuit, as conditions expect
+    if (op == "and" && IsFalse(a)) return a;
+    if (op == "or" && IsTrue(a)) return a;
+    ALGEB b = EvalBoolean(Evaluate(e->children[1]));
+    return EvalBoolean(op == "and" ? NewAnd(a, b) : NewOr(a, b));
+  }
+  ALGEB a = Evaluate(e->children[0]);
+  ALGEB b = Evaluate(e->children[1]);
+  if (op == "=") return NewEquation(a, b);
+  if (op == "<>") return NewRelation(kNotEqual, a, b);
+  if (op == "<") return NewRelation(kLess, a, b);
+  if (op == "<=") return NewRelation(kLessEqual, a, b);
+  if (op == ">") return NewRelation(kLess, b, a);
+  if (op == ">=") return NewRelation(kLessEqual, b, a);
+  if (op == "..") return NewRange(a, b);
+  bool numeric = IsArithmeticOperand(a) && IsArithmeticOperand(b);
+  if (op == "+") return numeric ? Add(a, b) : SymbolicSum(a, b);
+  if (op == "-")
+    return numeric ? Subtract(a, b)
+                   : SymbolicSum(a, IsArithmeticOperand(b) ? Negate(b) : SymbolicNegate(b));
+  if (op == "*") return numeric ? Multiply(a, b) : NewProduct({a, b});
+  if (op == "/") return numeric ? Divide(a, b) : NewProduct({a, NewPower(b, NewInteger(-1))});
+  if (op == "^") return numeric ? vexa::Power(a, b) : NewPower(a, b);
+  RaiseFormatted("unknown operator " + op);
+}
+
+ALGEB Evaluator::EvaluateCall(Node* e) {
+  Node* head = e->children[0];
+  if (head->kind == NodeKind::kName) {
+    const std::string& name = head->text;
+    bool local = !frames_.empty() && frames_.back()->names.count(name);
+    ALGEB value = local ? EvaluateName(name) : Lookup(NewName(name, true));
+    if (value == nullptr || !IsProcedure(value)) {
+      bool found = false;
+      ALGEB r = CallBuiltin(name, e, &found);
+      if (found) return r;
+      if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
+        std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+        r = CallLibrary(name, args, &found);
+        if (found) return r;
+      }
+    }
+    std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+    if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
+    return NewFunction(local ? value : NewName(name, true), args);
+  }
+  ALGEB f = Evaluate(head);
+  std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+  if (IsProcedure(f)) return CallProcedure(f, NewExpseq(args));
+  return NewFunction(f, args);
+}
+
+ALGEB Evaluator::CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found) {
+  *found = true;
+  if (library_ == nullptr || !library_->Loaded())
+    RaiseIn(name, name + " cannot be called: " +
+                      (library_ ? library_->Status() : std::string("no library")));
+  Library::EntryPoint f = library_->Find(name);
+  if (f == nullptr) RaiseIn(name, name + " is not exported by the statistics library");
+  return CallNamedEntry(name, [&] { return f(kernel_, NewExpseq(args)); });
+}
+
+ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
+  (void)proc;
+  if (callDepth_ >= kMaxCallDepth)
+    RaiseFormatted("too many levels of recursion (more than " + std::to_string(kMaxCallDepth) +
+                   ")");
+  Frame* frame = new Frame;
+  std::vector<ALGEB> values = Ops(args);
+  for (size_t i = 0; i < body->params.size(); ++i) {
+    const std::string& p = body->params[i];
+    frame->names[p] = NewName(p, false);
+    if (i < values.size()) frame->values[p] = values[i];
+  }
+  for (const std::string& l : body->locals) frame->names[l] = NewName(l, false);
+  struct Scope {
+    Evaluator* self;
+    std::vector<Frame*>* frames;
+    int* depth;
+    ~Scope() {
+      delete frames->back();
+      frames->pop_back();
+      --*depth;
+    }
+  };
+  frames_.push_back(frame);
+  ++callDepth_;
+  Scope scope{this, &frames_, &callDepth_};
+  try {
+    if (body->arrow) return Evaluate(body->children[0]);
+    return RunBlock(body->children[0], false);
+  } catch (const ReturnSignal& r) {
+    return r.value;
+  }
+}
+
+ALGEB Evaluator::CallBuiltin(const std::string& name, Node* call, bool* found) {
+  return Builtin(this, name, call, found);
+}
+
+}  // namespace vexa::shell

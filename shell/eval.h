@@ -1,0 +1,70 @@
+// The evaluator: runs statements of the syntax tree against the host kernel. Interpreted
+// procedures are host procedure nodes whose body is a syntax tree, so that the statistics
+// library can call them back like any other procedure.
+#ifndef VEXA_SHELL_EVAL_H
+#define VEXA_SHELL_EVAL_H
+
+#include <map>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host/kernel.h"
+#include "shell/ast.h"
+
+namespace vexa::shell {
+
+class Library;
+
+// Local variables and parameters of one procedure call.
+struct Frame {
+  std::map<std::string, ALGEB> values;  // assigned locals and parameters
+  std::map<std::string, ALGEB> names;   // the local names themselves
+};
+
+class Evaluator {
+ public:
+  Evaluator();
+  VexaKernelVector Kernel() const { return kernel_; }
+  void SetLibrary(Library* library) { library_ = library; }
+
+  // Runs a top-level statement, printing its value unless it ends in ':'; reports an error
+  // on err. Returns false if the statement failed.
+  bool Execute(Node* statement, std::ostream& out, std::ostream& err);
+
+  // Calls an interpreted procedure (the kernel's hook lands here).
+  ALGEB CallInterpreted(ALGEB proc, Node* body, ALGEB args);
+
+  // Used by the builtins as well.
+  ALGEB Evaluate(Node* e);
+  std::vector<ALGEB> EvaluateArguments(const std::vector<Node*>& nodes, size_t from);
+  ALGEB EvaluateName(const std::string& name);
+  ALGEB NameNode(const std::string& name);  // the local name, or the global one
+  void AssignName(const std::string& name, ALGEB value);
+  // The value a name had before, for restoring it (null when unassigned).
+  ALGEB SavedValue(const std::string& name);
+  void RestoreName(const std::string& name, ALGEB saved);
+  std::ostream& Out() { return *out_; }
+
+ private:
+  ALGEB Run(Node* statement, bool echo);
+  ALGEB RunBlock(Node* block, bool echo);
+  ALGEB EvaluateIndex(Node* e);
+  ALGEB EvaluateCall(Node* e);
+  ALGEB EvaluateBinary(Node* e);
+  ALGEB CallBuiltin(const std::string& name, Node* call, bool* found);
+  ALGEB CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found);
+  void AssignTo(Node* target, ALGEB value);
+  bool Condition(Node* e);
+  void Echo(ALGEB value);
+
+  VexaKernelVector kernel_;
+  Library* library_ = nullptr;
+  std::vector<Frame*> frames_;
+  std::ostream* out_ = nullptr;
+  int callDepth_ = 0;
+};
+
+}  // namespace vexa::shell
+
+#endif

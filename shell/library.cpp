@@ -1,0 +1,77 @@
+// Loading and binding of the statistics library.
+#include "shell/library.h"
+
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+
+namespace vexa::shell {
+namespace {
+
+const char kLibraryName[] = "libstatsmp.so";
+
+bool IsDirectory(const std::string& path) {
+  struct stat st;
+  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+std::string ExecutableDirectory(const char* argv0) {
+  char buf[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
+  std::string path = n > 0 ? std::string(buf, n) : std::string(argv0);
+  size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+}  // namespace
+
+Library::Library(VexaKernelVector kv, const char* argv0) : kv_(kv) {
+  std::string path;
+  const char* env = std::getenv("VEXA_LIBRARY_PATH");
+  if (env != nullptr && *env != '\0') {
+    path = env;
+    if (IsDirectory(path)) path += std::string("/") + kLibraryName;
+  } else {
+    path = ExecutableDirectory(argv0) + "/" + kLibraryName;
+  }
+  handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle_ == nullptr) {
+    const char* why = dlerror();
+    status_ = std::string("the statistics library is not loaded: ") + (why ? why : path);
+    return;
+  }
+  auto init = reinterpret_cast<EntryPoint>(dlsym(handle_, "STATS_StatsInitialize_MP"));
+  if (init == nullptr) {
+    status_ = "the statistics library is not loaded: " + path + " has no STATS_StatsInitialize_MP";
+    dlclose(handle_);
+    handle_ = nullptr;
+    return;
+  }
+  init(kv_, ToVexaNULL(kv_));
+}
+
+Library::~Library() {
+  Terminate();
+}
+
+void Library::Terminate() {
+  if (handle_ == nullptr) return;
+  auto term = reinterpret_cast<EntryPoint>(dlsym(handle_, "STATS_StatsTerminate_MP"));
+  if (term != nullptr) term(kv_, ToVexaNULL(kv_));
+  // The library stays mapped: host values may still point into its static data.
+  handle_ = nullptr;
+}
+
+Library::EntryPoint Library::Find(const std::string& name) {
+  if (handle_ == nullptr) return nullptr;
+  auto it = cache_.find(name);
+  if (it != cache_.end()) return it->second;
+  auto f = reinterpret_cast<EntryPoint>(dlsym(handle_, ("STATS_" + name + "_MP").c_str()));
+  cache_[name] = f;
+  return f;
+}
+
+}  // namespace vexa::shell

@@ -1,0 +1,101 @@
+// vexa: the shell. `vexa` starts a session at the terminal, `vexa FILE` runs a script,
+// `vexa -e 'TEXT'` runs statements given on the command line.
+#include <editline/readline.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "shell/session.h"
+
+namespace {
+
+const char kVersion[] = "vexa 0.1";
+
+const char kHelp[] =
+    "usage: vexa              start an interactive session (line editing, history)\n"
+    "       vexa FILE         run the statements of a script\n"
+    "       vexa -e 'TEXT'    run the statements given as TEXT\n"
+    "       vexa --help | --version\n"
+    "\n"
+    "Statements end with ';' (print the value) or ':' (do not). name := expr assigns.\n"
+    "Digits sets the working precision (default 10). The statistics library\n"
+    "(libstatsmp.so, beside the executable or at $VEXA_LIBRARY_PATH) is loaded at start;\n"
+    "its entry points are called as VexaNormalDeviate(0.975, 0, 1) and so on.\n"
+    "A script goes on after an error; the exit status is 1 if any statement failed.\n";
+
+int RunScript(vexa::shell::Session& session, const std::string& text, const std::string& name) {
+  return session.Run(text, name) ? 0 : 1;
+}
+
+std::string HistoryFile() {
+  const char* home = std::getenv("HOME");
+  return home != nullptr ? std::string(home) + "/.vexa_history" : std::string();
+}
+
+int Interactive(vexa::shell::Session& session) {
+  std::cout << kVersion << ", Digits = 10. Type statements ending in ; or :, quit to leave.\n";
+  if (!session.LibraryStatus().empty()) std::cout << session.LibraryStatus() << "\n";
+  std::string history = HistoryFile();
+  if (!history.empty()) read_history(history.c_str());
+  std::string buffer;
+  for (;;) {
+    char* line = readline(buffer.empty() ? "> " : "  ");
+    if (line == nullptr) break;
+    std::string text = line;
+    std::free(line);
+    if (buffer.empty() && (text == "quit" || text == "quit;" || text == "exit")) break;
+    if (!text.empty()) add_history(text.c_str());
+    buffer += text + "\n";
+    if (!session.IsComplete(buffer)) continue;
+    session.Run(buffer, "");
+    buffer.clear();
+  }
+  if (!history.empty()) write_history(history.c_str());
+  std::cout << "\n";
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::string first = argc > 1 ? argv[1] : "";
+  if (first == "--help" || first == "-h") {
+    std::cout << kHelp;
+    return 0;
+  }
+  if (first == "--version") {
+    std::cout << kVersion << "\n";
+    return 0;
+  }
+  if (argc > 3 || (first == "-e" && argc != 3) || (first != "-e" && argc == 3)) {
+    std::cerr << kHelp;
+    return 2;
+  }
+  vexa::shell::Session session(argv[0]);
+  int status;
+  if (first == "-e") {
+    status = RunScript(session, argv[2], "");
+  } else if (!first.empty()) {
+    std::ifstream in(first, std::ios::binary);
+    if (!in) {
+      std::cerr << "vexa: cannot read " << first << "\n";
+      return 2;
+    }
+    std::stringstream text;
+    text << in.rdbuf();
+    status = RunScript(session, text.str(), first);
+  } else if (!isatty(0)) {
+    std::stringstream text;
+    text << std::cin.rdbuf();
+    status = RunScript(session, text.str(), "");
+  } else {
+    status = Interactive(session);
+  }
+  session.Close();
+  return status;
+}

@@ -1,0 +1,94 @@
+// The statement loop: tokenize, parse one statement, run it, report, go on.
+#include "shell/session.h"
+
+#include <iostream>
+#include <sstream>
+
+#include "shell/eval.h"
+#include "shell/library.h"
+#include "shell/parser.h"
+
+namespace vexa::shell {
+namespace {
+
+std::string SourceLine(const std::string& text, int line) {
+  std::istringstream in(text);
+  std::string s;
+  for (int i = 0; i < line && std::getline(in, s); ++i) {
+  }
+  return s;
+}
+
+void ReportSyntax(const SyntaxError& e, const std::string& text) {
+  std::cerr << "Error, syntax error at line " << e.position.line << ", column " << e.position.column
+            << ": " << e.message << "\n";
+  std::string line = SourceLine(text, e.position.line);
+  if (line.size() > 200) line = line.substr(0, 200) + "...";
+  if (!line.empty() && e.position.column <= static_cast<int>(line.size()) + 1) {
+    std::cerr << "  " << line << "\n";
+    std::cerr << "  " << std::string(e.position.column - 1, ' ') << "^\n";
+  }
+}
+
+}  // namespace
+
+Session::Session(const char* argv0) {
+  evaluator_ = std::make_unique<Evaluator>();
+  library_ = std::make_unique<Library>(evaluator_->Kernel(), argv0);
+  evaluator_->SetLibrary(library_.get());
+}
+
+Session::~Session() {
+  Close();
+}
+
+void Session::Close() {
+  if (library_) library_->Terminate();
+}
+
+const std::string& Session::LibraryStatus() const {
+  return library_->Status();
+}
+
+bool Session::IsComplete(const std::string& text) const {
+  SyntaxError lexError;
+  std::vector<Token> tokens = Tokenize(text, &lexError);
+  if (!lexError.message.empty()) return !lexError.atEnd;
+  Parser parser(tokens, false);
+  try {
+    while (!parser.AtEnd()) parser.ParseStatement();
+  } catch (const SyntaxError& e) {
+    return !e.atEnd;
+  }
+  return true;
+}
+
+bool Session::Run(const std::string& text, const std::string& sourceName) {
+  (void)sourceName;
+  SyntaxError lexError;
+  std::vector<Token> tokens = Tokenize(text, &lexError);
+  bool lexed = lexError.message.empty();
+  Parser parser(tokens, lexed);
+  bool ok = true;
+  while (!parser.AtEnd()) {
+    Node* statement;
+    try {
+      statement = parser.ParseStatement();
+    } catch (const SyntaxError& e) {
+      if (e.atEnd && !lexed) break;  // the lexer's own fault explains it better
+      ReportSyntax(e, text);
+      ok = false;
+      parser.Recover();
+      continue;
+    }
+    ok = evaluator_->Execute(statement, std::cout, std::cerr) && ok;
+  }
+  if (!lexed) {
+    ReportSyntax(lexError, text);
+    ok = false;
+  }
+  std::cout.flush();
+  return ok;
+}
+
+}  // namespace vexa::shell
