@@ -117,15 +117,16 @@ const Specials& EnsureSpecials() {
 }
 
 // Powers of ten as GMP integers, cached up to a size where computing them is cheap anyway.
+// A static array, so that its limbs stay reachable from static data for leak checkers.
+constexpr unsigned long kCachedPowers = 4096;
 const mpz_t& Pow10Cached(unsigned long k) {
-  static std::vector<mpz_t*> cache;
-  while (cache.size() <= k) {
-    mpz_t* p = new mpz_t[1];
-    mpz_init(*p);
-    mpz_ui_pow_ui(*p, 10, cache.size());
-    cache.push_back(p);
+  static mpz_t cache[kCachedPowers];
+  static unsigned long filled = 0;
+  for (; filled <= k; ++filled) {
+    mpz_init(cache[filled]);
+    mpz_ui_pow_ui(cache[filled], 10, filled);
   }
-  return *cache[k];
+  return cache[k];
 }
 
 }  // namespace
