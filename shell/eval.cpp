@@ -176,6 +176,9 @@ bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
   } catch (const std::bad_alloc&) {
     out.flush();
     err << "Error, out of memory\n";
+  } catch (const std::exception& e) {
+    out.flush();
+    err << "Error, " << e.what() << "\n";
   }
   err.flush();
   return false;
@@ -377,7 +380,11 @@ ALGEB Evaluator::Evaluate(Node* e) {
     case NodeKind::kInteger:
       return NewIntegerFromString(e->text);
     case NodeKind::kFloat:
-      return NewFloat(VexaFloatFromString(e->text));
+      try {
+        return NewFloat(VexaFloatFromString(e->text));
+      } catch (const std::invalid_argument& bad) {
+        RaiseFormatted(bad.what());  // an exponent beyond the float range
+      }
     case NodeKind::kString:
       return NewString(e->text);
     case NodeKind::kName:
