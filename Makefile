@@ -41,7 +41,7 @@ fuzz: deps
 	@cmake --build build/fuzz -j$(JOBS) --target fuzz_shell
 	@mkdir -p build/fuzz/corpus
 	@cp tests/shell/*.vx examples/*.vx build/fuzz/corpus/ 2>/dev/null || true
-	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 -detect_leaks=0 build/fuzz/corpus
+	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 -detect_leaks=0 -artifact_prefix=build/fuzz/ build/fuzz/corpus
 
 clean:
 	rm -rf build
