@@ -46,85 +46,12 @@ long long BoundValue(const std::string& where, ALGEB e) {
   return IntegerValue(e);
 }
 
-// One element as the rtable stores it.
-RTableData ToElement(const std::string& where, int code, ALGEB v, bool sfloat) {
-  VexaKernelVector kv = GetKernel();
-  RTableData d;
-  d.int64 = 0;
-  switch (code) {
-    case RTABLE_DAG:
-      d.dag = sfloat ? vexa::Evalf(v) : v;
-      if (sfloat && !IsFloat(d.dag))
-        RaiseIn(where, FormatMessage("sfloat elements must be numeric, received %1", v, nullptr));
-      break;
-    case RTABLE_CXDAG:
-      if (IsNode(v) && TypeOf(v) == kComplexNode) {
-        d.cxdag.re = Op(v, 1);
-        d.cxdag.im = Op(v, 2);
-      } else {
-        d.cxdag.re = v;
-        d.cxdag.im = NewInteger(0);
-      }
-      break;
-    case RTABLE_INTEGER8:
-    case RTABLE_INTEGER16:
-    case RTABLE_INTEGER32:
-    case RTABLE_INTEGER64: {
-      static const long long limit[] = {0, 0, 127, 32767, 2147483647LL, 0};
-      if (!IsInteger(v) || !FitsInt64(v) ||
-          (code != RTABLE_INTEGER64 &&
-           (IntegerValue(v) > limit[code] || IntegerValue(v) < -limit[code] - 1)))
-        RaiseIn(where, FormatMessage("element %1 does not fit the integer data type", v, nullptr));
-      long long x = IntegerValue(v);
-      if (code == RTABLE_INTEGER8) d.int8 = static_cast<INTEGER8>(x);
-      if (code == RTABLE_INTEGER16) d.int16 = static_cast<INTEGER16>(x);
-      if (code == RTABLE_INTEGER32) d.int32 = static_cast<INTEGER32>(x);
-      if (code == RTABLE_INTEGER64) d.int64 = x;
-      break;
-    }
-    case RTABLE_FLOAT64:
-      d.float64 = vexa::Evalhf(v);
-      break;
-    case RTABLE_COMPLEX:
-      if (IsNode(v) && TypeOf(v) == kComplexNode) {
-        d.complexf64.re = vexa::Evalhf(Op(v, 1));
-        d.complexf64.im = vexa::Evalhf(Op(v, 2));
-      } else {
-        d.complexf64.re = vexa::Evalhf(v);
-        d.complexf64.im = 0;
-      }
-      break;
-    case RTABLE_FLOAT32:
-      d.float32 = static_cast<FLOAT32>(vexa::Evalhf(v));
-      break;
-  }
-  (void)kv;
-  return d;
-}
-
-ALGEB FromElement(int code, const RTableData& d) {
-  switch (code) {
-    case RTABLE_DAG:
-      return d.dag;
-    case RTABLE_CXDAG:
-      return IsZero(d.cxdag.im) && !IsFloat(d.cxdag.im) ? d.cxdag.re
-                                                        : NewComplex(d.cxdag.re, d.cxdag.im);
-    case RTABLE_INTEGER8:
-      return NewInteger(d.int8);
-    case RTABLE_INTEGER16:
-      return NewInteger(d.int16);
-    case RTABLE_INTEGER32:
-      return NewInteger(d.int32);
-    case RTABLE_INTEGER64:
-      return NewInteger(d.int64);
-    case RTABLE_FLOAT64:
-      return NewFloatFromDouble(d.float64);
-    case RTABLE_COMPLEX:
-      return NewComplex(NewFloatFromDouble(d.complexf64.re), NewFloatFromDouble(d.complexf64.im));
-    case RTABLE_FLOAT32:
-      return NewFloatFromDouble(d.float32);
-  }
-  return Null();
+// An sfloat element must be a float: exact values are made floats at Digits.
+ALGEB SfloatElement(const std::string& where, ALGEB v) {
+  ALGEB f = vexa::Evalf(v);
+  if (!IsFloat(f))
+    RaiseIn(where, FormatMessage("sfloat elements must be numeric, received %1", v, nullptr));
+  return f;
 }
 
 // Visits every index of the bounds, first index fastest.
@@ -226,7 +153,7 @@ ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call) {
     bool sfloat = type.elementType != nullptr && std::string(type.elementType) == "sfloat";
     ForEachIndex(lo, hi, [&](M_INT* index) {
       ALGEB v = InitialAt(init, index, lo, lo.size());
-      if (v != nullptr) RTableAssign(kv, rt, index, ToElement(name, type.code, v, sfloat));
+      if (v != nullptr) RTableSetElement(rt, index, sfloat ? SfloatElement(name, v) : v);
     });
   }
   return rt;
@@ -244,9 +171,7 @@ std::vector<ALGEB> ContainerItems(ALGEB c) {
       hi.push_back(RTableUpperBound(kv, c, d));
     }
     std::vector<ALGEB> items;
-    ForEachIndex(lo, hi, [&](M_INT* index) {
-      items.push_back(FromElement(s.data_type, RTableSelect(kv, c, index)));
-    });
+    ForEachIndex(lo, hi, [&](M_INT* index) { items.push_back(RTableGetElement(c, index)); });
     return items;
   }
   RaiseFormatted("expected a list, set, sequence or array, received %1", c);
@@ -266,7 +191,7 @@ ALGEB Select(ALGEB base, const std::vector<ALGEB>& indices) {
         RaiseFormatted("an array index must be an integer, received %1", i);
       index.push_back(IntegerValue(i));
     }
-    return FromElement(s.data_type, RTableSelect(kv, base, index.data()));
+    return RTableGetElement(base, index.data());
   }
   if (IsList(base) || IsExpseq(base)) {
     if (indices.size() != 1 || !IsInteger(indices[0]) || !FitsInt64(indices[0]))
