@@ -160,8 +160,10 @@ std::string RTableElements(ALGEB rt, int dim, std::vector<M_INT>& index) {
 
 std::string PrintRTable(ALGEB rt) {
   const RTableNode* r = AsRTable(rt);
-  std::string s = "Array(";
-  for (int d = 0; d < r->dims; ++d)
+  // a column vector from 1 prints as the shell's Vector(n, [...]), which reads back
+  bool vector = r->subtype == RTABLE_COLUMN && r->dims == 1 && r->bounds[0] == 1;
+  std::string s = vector ? "Vector(" + std::to_string(r->bounds[1]) + ", " : "Array(";
+  for (int d = 0; d < r->dims && !vector; ++d)
     s += std::to_string(r->bounds[2 * d]) + " .. " + std::to_string(r->bounds[2 * d + 1]) + ", ";
   std::vector<M_INT> index(r->dims);
   s += RTableElements(rt, 0, index);
