@@ -35,6 +35,17 @@ std::string Describe(const Token& t) {
 
 }  // namespace
 
+// One level of nesting for as long as it lives; too many levels are a syntax error, not a
+// stack overflow.
+Parser::Deeper::Deeper(Parser* p) : parser(p) {
+  if (++parser->depth_ > kMaxDepth)
+    throw SyntaxError{"expression nested too deeply (more than 1000 levels)",
+                      parser->Peek().position};
+}
+Parser::Deeper::~Deeper() {
+  --parser->depth_;
+}
+
 const Token& Parser::Peek(size_t ahead) const {
   size_t i = pos_ + ahead;
   return i < tokens_.size() ? tokens_[i] : tokens_.back();
@@ -220,11 +231,8 @@ Node* Parser::Sequence() {
 }
 
 Node* Parser::Expression() {
-  if (++depth_ > kMaxDepth)
-    throw SyntaxError{"expression nested too deeply (more than 1000 levels)", Peek().position};
-  Node* e = ArrowAhead() ? Arrow() : Or();
-  --depth_;
-  return e;
+  Deeper guard(this);
+  return ArrowAhead() ? Arrow() : Or();
 }
 
 // x -> ... or (x, y) -> ...
@@ -281,11 +289,9 @@ Node* Parser::And() {
 Node* Parser::Not() {
   if (IsKeyword("not")) {
     Token op = Next();
-    if (++depth_ > kMaxDepth)
-      throw SyntaxError{"expression nested too deeply (more than 1000 levels)", op.position};
+    Deeper guard(this);
     Node* n = Make(NodeKind::kUnary, op, "not");
     n->children.push_back(Not());
-    --depth_;
     return n;
   }
   return Relation();
@@ -332,10 +338,8 @@ Node* Parser::Term() {
 Node* Parser::Unary() {
   if (IsSymbol("-") || IsSymbol("+")) {
     Token op = Next();
-    if (++depth_ > kMaxDepth)
-      throw SyntaxError{"expression nested too deeply (more than 1000 levels)", op.position};
+    Deeper guard(this);
     Node* operand = Unary();
-    --depth_;
     if (op.text == "+") return operand;
     Node* n = Make(NodeKind::kUnary, op, "-");
     n->children.push_back(operand);
@@ -348,11 +352,8 @@ Node* Parser::Power() {
   Node* a = Postfix();
   if (IsSymbol("^")) {
     Token op = Next();
-    if (++depth_ > kMaxDepth)
-      throw SyntaxError{"expression nested too deeply (more than 1000 levels)", op.position};
-    Node* b = Unary();
-    --depth_;
-    return MakeBinary(op, a, b);
+    Deeper guard(this);
+    return MakeBinary(op, a, Unary());
   }
   return a;
 }

@@ -24,6 +24,12 @@ class Parser {
   void Recover();
 
  private:
+  struct Deeper {
+    explicit Deeper(Parser* p);
+    ~Deeper();
+    Parser* parser;
+  };
+
   const Token& Peek(size_t ahead = 0) const;
   Token Next();
   bool IsSymbol(const char* s, size_t ahead = 0) const;

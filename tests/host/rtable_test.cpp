@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/kernel.h"
+#include "tests/host/support.h"
 
 namespace {
 
@@ -27,14 +28,7 @@ ALGEB Make(int dt, int storage, std::vector<M_INT> bounds, const char* elementTy
   return RTableCreate(kv, &s, data, bounds.data());
 }
 
-std::string ErrorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const HostError& e) {
-    return e.what();
-  }
-  return "(no error)";
-}
+using vexa::testing::ErrorOf;
 
 // One representative value per data type, as the host value it reads back as.
 ALGEB Sample(int dt, int k) {

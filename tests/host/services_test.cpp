@@ -6,34 +6,18 @@
 #include <random>
 
 #include "host/kernel.h"
+#include "tests/host/support.h"
 
 namespace {
 
 using namespace vexa;
 
-class ServicesTest : public ::testing::Test {
- protected:
-  void SetUp() override { saved_ = VexaSetDigits(10); }
-  void TearDown() override { VexaSetDigits(saved_); }
-  VexaKernelVector kv = GetKernel();
-  int saved_ = 10;
-};
+using ServicesTest = vexa::testing::KernelTest;
 
-ALGEB I(long long v) {
-  return NewInteger(v);
-}
-ALGEB N(const char* s) {
-  return NewName(s);
-}
+using vexa::testing::I;
+using vexa::testing::N;
 
-std::string ErrorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const HostError& e) {
-    return e.what();
-  }
-  return "(no error)";
-}
+using vexa::testing::ErrorOf;
 
 TEST_F(ServicesTest, NamesAndDigits) {
   ALGEB g = ToVexaName(kv, "gvar", 1);

@@ -4,25 +4,16 @@
 
 #include "host/kernel.h"
 #include "host/nodes.h"
+#include "tests/host/support.h"
 
 namespace {
 
 using namespace vexa;
 
-class HostTest : public ::testing::Test {
- protected:
-  void SetUp() override { saved_ = VexaSetDigits(10); }
-  void TearDown() override { VexaSetDigits(saved_); }
-  VexaKernelVector kv = GetKernel();
-  int saved_ = 10;
-};
+using HostTest = vexa::testing::KernelTest;
 
-ALGEB I(long long v) {
-  return NewInteger(v);
-}
-ALGEB N(const char* s) {
-  return NewName(s);
-}
+using vexa::testing::I;
+using vexa::testing::N;
 ALGEB F(const char* s) {
   return VexaFloatFromString(s).Handle();
 }
