@@ -1,6 +1,8 @@
 // Decimal float arithmetic: nodes, correctly rounded + - * / and sqrt, exact comparison,
 // rounding to Digits with ties to even. Mantissas of up to 18 digits at Digits <= 18 run
 // on machine integers with 128-bit intermediates; everything else on GMP.
+#include "float/decimal.h"
+
 #include <gc.h>
 #include <gmp.h>
 
@@ -11,7 +13,6 @@
 #include <cstring>
 #include <vector>
 
-#include "float/decimal.h"
 #include "float/float_node.h"
 
 namespace vexa {
@@ -132,7 +133,7 @@ const mpz_t& Pow10Cached(unsigned long k) {
 }  // namespace
 
 void Pow10(mpz_t r, unsigned long k) {
-  if (k < 4096)
+  if (k < kCachedPowers)
     mpz_set(r, Pow10Cached(k));
   else
     mpz_ui_pow_ui(r, 10, k);
@@ -141,7 +142,7 @@ void Pow10(mpz_t r, unsigned long k) {
 void MulPow10(mpz_t r, const mpz_t a, unsigned long k) {
   if (k < 20) {
     mpz_mul_ui(r, a, kPow10[k]);
-  } else if (k < 4096) {
+  } else if (k < kCachedPowers) {
     mpz_mul(r, a, Pow10Cached(k));
   } else {
     mpz_t p;
@@ -157,7 +158,7 @@ int64_t DecimalDigits(const mpz_t a) {
   if (mpz_size(a) == 1) return DigitsU64(mpz_getlimbn(a, 0));
   int64_t n = static_cast<int64_t>(mpz_sizeinbase(a, 10));
   // sizeinbase may overstate by one
-  if (n < 4096) {
+  if (n < static_cast<int64_t>(kCachedPowers)) {
     if (mpz_cmpabs(a, Pow10Cached(n - 1)) < 0) --n;
   } else {
     mpz_t p;
@@ -262,8 +263,7 @@ ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
   if (mpz_size(m) <= 2) {
     u128 v = mpz_getlimbn(m, 0);
     if (mpz_size(m) == 2) v |= static_cast<u128>(mpz_getlimbn(m, 1)) << 64;
-    if (digits > 0 && digits <= kSmallDigits)
-      return RoundSmall(mpz_sgn(m) < 0, v, e, digits);
+    if (digits > 0 && digits <= kSmallDigits) return RoundSmall(mpz_sgn(m) < 0, v, e, digits);
     if ((v >> 64) == 0 && v < kSmallLimit && (digits <= 0 || digits >= kSmallDigits))
       return FinishSmall(mpz_sgn(m) < 0, static_cast<uint64_t>(v), e);
   }
@@ -272,7 +272,7 @@ ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
     int64_t k = n - digits;
     mpz_t big;
     const mpz_t* p = &big;
-    if (k < 4096) {
+    if (k < static_cast<int64_t>(kCachedPowers)) {
       p = &Pow10Cached(k);
     } else {
       mpz_init(big);
@@ -296,13 +296,14 @@ ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
     mpz_clear(ten);
   }
   int64_t top = e + DecimalDigits(m);
-  if (top > kMaxExponent)
-    return SpecialFloatNode(mpz_sgn(m) < 0 ? kMinusInfinity : kPlusInfinity);
+  if (top > kMaxExponent) return SpecialFloatNode(mpz_sgn(m) < 0 ? kMinusInfinity : kPlusInfinity);
   if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
   return NewFloatNode(m, e);
 }
 
-int CurrentDigits() { return gDigits; }
+int CurrentDigits() {
+  return gDigits;
+}
 
 int SetDigits(int digits) {
   int old = gDigits;
@@ -476,7 +477,8 @@ ALGEB SqrtFinite(const FloatNode* a, int digits) {
 }
 
 ALGEB RoundNode(const FloatNode* a, int digits) {
-  if (KindOf(a) != kFinite || a->size == 0) return reinterpret_cast<ALGEB>(const_cast<FloatNode*>(a));
+  if (KindOf(a) != kFinite || a->size == 0)
+    return reinterpret_cast<ALGEB>(const_cast<FloatNode*>(a));
   if (IsSmall(a) && (digits >= kSmallDigits || a->limbs[0] < kPow10[digits]))
     return reinterpret_cast<ALGEB>(const_cast<FloatNode*>(a));
   mpz_t m, ma;

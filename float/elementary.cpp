@@ -20,7 +20,9 @@ namespace {
 constexpr double kLog2Of10 = 3.3219280948873623;
 constexpr double kLog10Of2 = 0.30102999566398120;
 
-inline const FloatNode* N(const VexaFloat& x) { return AsFloatNode(x.Handle()); }
+inline const FloatNode* N(const VexaFloat& x) {
+  return AsFloatNode(x.Handle());
+}
 
 struct Ball {
   arb_t v;
@@ -185,9 +187,15 @@ slong MagnitudeBits(const FloatNode* n) {
   return t > 0 ? static_cast<slong>(t * kLog2Of10) + 8 : 0;
 }
 
-VexaFloat ExactOne() { return VexaFloat(1); }
+// One node for 1, made once: it is compared with on every call of log and pow.
+const VexaFloat& ExactOne() {
+  static const VexaFloat one(NewSmallFloatNode(1, 0));
+  return one;
+}
 
-bool IsZero(const FloatNode* n) { return KindOf(n) == kFinite && n->size == 0; }
+bool IsZero(const FloatNode* n) {
+  return KindOf(n) == kFinite && n->size == 0;
+}
 bool IsNegative(const FloatNode* n) {
   return KindOf(n) == kMinusInfinity || (KindOf(n) == kFinite && n->size < 0);
 }
@@ -208,8 +216,12 @@ void ArbLog10(arb_t y, const arb_t x, slong prec) {
   arb_log_ui(t.v, 10, prec);
   arb_div(y, y, t.v, prec);
 }
-void ArbSin(arb_t y, const arb_t x, slong prec) { arb_sin(y, x, prec); }
-void ArbCos(arb_t y, const arb_t x, slong prec) { arb_cos(y, x, prec); }
+void ArbSin(arb_t y, const arb_t x, slong prec) {
+  arb_sin(y, x, prec);
+}
+void ArbCos(arb_t y, const arb_t x, slong prec) {
+  arb_cos(y, x, prec);
+}
 
 // Integer value of a finite float, if it is one and fits in a long.
 bool AsLong(const FloatNode* n, long* v) {
@@ -251,7 +263,9 @@ void Log10OfLog10Abs(const FloatNode* n, int* sign, double* size) {
   *size = arf_get_d(arb_midref(b.v), ARF_RND_NEAR);
 }
 
-bool IsIntegral(const FloatNode* n) { return KindOf(n) == kFinite && n->exponent >= 0; }
+bool IsIntegral(const FloatNode* n) {
+  return KindOf(n) == kFinite && n->exponent >= 0;
+}
 bool IsOddIntegral(const FloatNode* n) {
   return IsIntegral(n) && n->exponent == 0 && (n->limbs[0] & 1) == 1 && n->size != 0;
 }
@@ -424,13 +438,13 @@ VexaFloat Hyperbolic(const VexaFloat& x, void (*f)(arb_t, const arb_t, slong), i
   FloatKind k = KindOf(n);
   if (k == kUndefined) return x;
   if (k != kFinite) {
-    if (kind == 1) return VexaFloatInfinity(1);                       // cosh
+    if (kind == 1) return VexaFloatInfinity(1);                           // cosh
     if (kind == 2) return k == kPlusInfinity ? ExactOne() : -ExactOne();  // tanh
-    return x;                                                          // sinh
+    return x;                                                             // sinh
   }
   if (n->size == 0) return kind == 1 ? ExactOne() : VexaFloat();
-  if (kind != 2 && Top(n) > 18) return kind == 1 || !IsNegative(n) ? VexaFloatInfinity(1)
-                                                                   : VexaFloatInfinity(-1);
+  if (kind != 2 && Top(n) > 18)
+    return kind == 1 || !IsNegative(n) ? VexaFloatInfinity(1) : VexaFloatInfinity(-1);
   return Unary(x, f, MagnitudeBits(n));
 }
 
@@ -461,11 +475,21 @@ VexaFloat Gamma(const VexaFloat& x, bool logarithm) {
 
 using namespace vexa;
 
-VexaFloat exp(const VexaFloat& x) { return Exp(x); }
-VexaFloat log(const VexaFloat& x) { return Log(x, arb_log); }
-VexaFloat pow(const VexaFloat& x, const VexaFloat& y) { return Pow(x, y); }
-VexaFloat pow(const VexaFloat& x, double y) { return Pow(x, ExactFloatFromDouble(y)); }
-VexaFloat pow(double x, const VexaFloat& y) { return Pow(ExactFloatFromDouble(x), y); }
+VexaFloat exp(const VexaFloat& x) {
+  return Exp(x);
+}
+VexaFloat log(const VexaFloat& x) {
+  return Log(x, arb_log);
+}
+VexaFloat pow(const VexaFloat& x, const VexaFloat& y) {
+  return Pow(x, y);
+}
+VexaFloat pow(const VexaFloat& x, double y) {
+  return Pow(x, ExactFloatFromDouble(y));
+}
+VexaFloat pow(double x, const VexaFloat& y) {
+  return Pow(ExactFloatFromDouble(x), y);
+}
 
 VexaFloat VexaFloatPi() {
   return Ziv([](arb_t y, slong prec) { arb_const_pi(y, prec); }, 0);
@@ -508,7 +532,9 @@ const NamedFunction* FindFunction(const char* name) {
 
 }  // namespace
 
-bool VexaHasEvalf1(const char* name) { return FindFunction(name) != nullptr; }
+bool VexaHasEvalf1(const char* name) {
+  return FindFunction(name) != nullptr;
+}
 
 VexaFloat VexaEvalf1(const char* name, const VexaFloat& x) {
   const NamedFunction* f = FindFunction(name);

@@ -15,7 +15,9 @@ using vexa::KindOf;
 
 namespace vexa {
 
-VexaFloat FloatFromHandle(ALGEB e) { return VexaFloat(e); }
+VexaFloat FloatFromHandle(ALGEB e) {
+  return VexaFloat(e);
+}
 
 VexaFloat FloatFromMpz(const mpz_t mantissa, int64_t exponent, int digits) {
   mpz_t m;
@@ -36,13 +38,10 @@ void FloatToMpz(const VexaFloat& x, mpz_t mantissa, int64_t* exponent) {
 namespace {
 
 ALGEB FromInteger(long long v, int digits) {
+  static_assert(sizeof(long) == sizeof(long long), "a long long fits an mpz_set_si");
   mpz_t m;
   mpz_init(m);
-  if (v >= LONG_MIN && v <= LONG_MAX) {
-    mpz_set_si(m, static_cast<long>(v));
-  } else {
-    mpz_set_str(m, std::to_string(v).c_str(), 10);
-  }
+  mpz_set_si(m, static_cast<long>(v));
   ALGEB r = RoundToNode(m, 0, digits);
   mpz_clear(m);
   return r;
@@ -89,11 +88,17 @@ ALGEB FromDouble(double x, int digits) {
   return r;
 }
 
-inline const FloatNode* N(const VexaFloat& x) { return AsFloatNode(x.Handle()); }
+inline const FloatNode* N(const VexaFloat& x) {
+  return AsFloatNode(x.Handle());
+}
 
-inline ALGEB Special(FloatKind k) { return SpecialFloatNode(k); }
+inline ALGEB Special(FloatKind k) {
+  return SpecialFloatNode(k);
+}
 
-ALGEB Infinity(bool negative) { return Special(negative ? kMinusInfinity : kPlusInfinity); }
+ALGEB Infinity(bool negative) {
+  return Special(negative ? kMinusInfinity : kPlusInfinity);
+}
 
 // Sign of a value: -1, 0, 1 (infinities included); undefined gives 0.
 int SignOf(const FloatNode* n) {
@@ -180,10 +185,18 @@ VexaFloat::VexaFloat(ALGEB e) {
   }
 }
 
-VexaFloat& VexaFloat::operator+=(const VexaFloat& b) { return *this = *this + b; }
-VexaFloat& VexaFloat::operator-=(const VexaFloat& b) { return *this = *this - b; }
-VexaFloat& VexaFloat::operator*=(const VexaFloat& b) { return *this = *this * b; }
-VexaFloat& VexaFloat::operator/=(const VexaFloat& b) { return *this = *this / b; }
+VexaFloat& VexaFloat::operator+=(const VexaFloat& b) {
+  return *this = *this + b;
+}
+VexaFloat& VexaFloat::operator-=(const VexaFloat& b) {
+  return *this = *this - b;
+}
+VexaFloat& VexaFloat::operator*=(const VexaFloat& b) {
+  return *this = *this * b;
+}
+VexaFloat& VexaFloat::operator/=(const VexaFloat& b) {
+  return *this = *this / b;
+}
 
 VexaFloat operator+(const VexaFloat& a, const VexaFloat& b) {
   return VexaFloat(Add(N(a), N(b), false));
@@ -191,18 +204,32 @@ VexaFloat operator+(const VexaFloat& a, const VexaFloat& b) {
 VexaFloat operator-(const VexaFloat& a, const VexaFloat& b) {
   return VexaFloat(Add(N(a), N(b), true));
 }
-VexaFloat operator*(const VexaFloat& a, const VexaFloat& b) { return VexaFloat(Mul(N(a), N(b))); }
-VexaFloat operator/(const VexaFloat& a, const VexaFloat& b) { return VexaFloat(Div(N(a), N(b))); }
-VexaFloat operator-(const VexaFloat& a) { return VexaFloat(NegateNode(N(a), CurrentDigits())); }
+VexaFloat operator*(const VexaFloat& a, const VexaFloat& b) {
+  return VexaFloat(Mul(N(a), N(b)));
+}
+VexaFloat operator/(const VexaFloat& a, const VexaFloat& b) {
+  return VexaFloat(Div(N(a), N(b)));
+}
+VexaFloat operator-(const VexaFloat& a) {
+  return VexaFloat(NegateNode(N(a), CurrentDigits()));
+}
 
-bool operator==(const VexaFloat& a, const VexaFloat& b) { return Compare(N(a), N(b)) == 0; }
-bool operator!=(const VexaFloat& a, const VexaFloat& b) { return Compare(N(a), N(b)) != 0; }
-bool operator<(const VexaFloat& a, const VexaFloat& b) { return Compare(N(a), N(b)) == -1; }
+bool operator==(const VexaFloat& a, const VexaFloat& b) {
+  return Compare(N(a), N(b)) == 0;
+}
+bool operator!=(const VexaFloat& a, const VexaFloat& b) {
+  return Compare(N(a), N(b)) != 0;
+}
+bool operator<(const VexaFloat& a, const VexaFloat& b) {
+  return Compare(N(a), N(b)) == -1;
+}
 bool operator<=(const VexaFloat& a, const VexaFloat& b) {
   int c = Compare(N(a), N(b));
   return c == -1 || c == 0;
 }
-bool operator>(const VexaFloat& a, const VexaFloat& b) { return Compare(N(a), N(b)) == 1; }
+bool operator>(const VexaFloat& a, const VexaFloat& b) {
+  return Compare(N(a), N(b)) == 1;
+}
 bool operator>=(const VexaFloat& a, const VexaFloat& b) {
   int c = Compare(N(a), N(b));
   return c == 1 || c == 0;
@@ -261,8 +288,12 @@ VexaFloat IntegerPart(const VexaFloat& x, bool up) {
 
 }  // namespace
 
-VexaFloat floor(const VexaFloat& x) { return IntegerPart(x, false); }
-VexaFloat ceil(const VexaFloat& x) { return IntegerPart(x, true); }
+VexaFloat floor(const VexaFloat& x) {
+  return IntegerPart(x, false);
+}
+VexaFloat ceil(const VexaFloat& x) {
+  return IntegerPart(x, true);
+}
 
 int FloatToInt(const VexaFloat& x) {
   const FloatNode* n = N(x);
@@ -299,14 +330,28 @@ int FloatToInt(const VexaFloat& x) {
   return static_cast<int>(v);
 }
 
-int VexaDigits() { return CurrentDigits(); }
-int VexaSetDigits(int digits) { return SetDigits(digits); }
+int VexaDigits() {
+  return CurrentDigits();
+}
+int VexaSetDigits(int digits) {
+  return SetDigits(digits);
+}
 
-VexaFloat VexaFloatUndefined() { return VexaFloat(Special(kUndefined)); }
-VexaFloat VexaFloatInfinity(int sign) { return VexaFloat(Infinity(sign < 0)); }
-bool IsVexaFloatUndefined(const VexaFloat& x) { return KindOf(N(x)) == kUndefined; }
-bool IsVexaFloatInfinity(const VexaFloat& x) { return KindOf(N(x)) == kPlusInfinity; }
-bool IsVexaFloatNegativeInfinity(const VexaFloat& x) { return KindOf(N(x)) == kMinusInfinity; }
+VexaFloat VexaFloatUndefined() {
+  return VexaFloat(Special(kUndefined));
+}
+VexaFloat VexaFloatInfinity(int sign) {
+  return VexaFloat(Infinity(sign < 0));
+}
+bool IsVexaFloatUndefined(const VexaFloat& x) {
+  return KindOf(N(x)) == kUndefined;
+}
+bool IsVexaFloatInfinity(const VexaFloat& x) {
+  return KindOf(N(x)) == kPlusInfinity;
+}
+bool IsVexaFloatNegativeInfinity(const VexaFloat& x) {
+  return KindOf(N(x)) == kMinusInfinity;
+}
 
 VexaFloat VexaFloatRound(const VexaFloat& x, int digits) {
   return VexaFloat(RoundNode(N(x), digits));
@@ -314,6 +359,8 @@ VexaFloat VexaFloatRound(const VexaFloat& x, int digits) {
 
 namespace vexa {
 
-VexaFloat ExactFloatFromDouble(double x) { return VexaFloat(FromDouble(x, 0)); }
+VexaFloat ExactFloatFromDouble(double x) {
+  return VexaFloat(FromDouble(x, 0));
+}
 
 }  // namespace vexa

@@ -99,7 +99,8 @@ std::string VexaFloatToString(const VexaFloat& x) {
   int64_t len = static_cast<int64_t>(s.size());
   int64_t point = len + n->exponent;  // digits before the decimal point
   const int64_t kPlainLimit = 21;
-  if (n->exponent >= 0 && point <= kPlainLimit) return sign + s + std::string(n->exponent, '0') + ".";
+  if (n->exponent >= 0 && point <= kPlainLimit)
+    return sign + s + std::string(n->exponent, '0') + ".";
   if (n->exponent < 0 && point > 0) return sign + s.substr(0, point) + "." + s.substr(point);
   if (n->exponent < 0 && point > -6) return sign + "0." + std::string(-point, '0') + s;
   std::string mantissa = s.substr(0, 1);

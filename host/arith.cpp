@@ -153,20 +153,24 @@ ALGEB ExactIntegerPower(ALGEB base, ALGEB exponent) {
 
 }  // namespace
 
-ALGEB Add(ALGEB a, ALGEB b) {
-  CheckNumber(a, "add");
-  CheckNumber(b, "add");
+namespace {
+
+// a + b or a - b, complex values part by part.
+ALGEB Additive(ALGEB a, ALGEB b, Op op, const char* verb) {
+  CheckNumber(a, verb);
+  CheckNumber(b, verb);
   if (IsComplex(a) || IsComplex(b))
-    return MakeComplex(RealOp(Re(a), Re(b), Op::kAdd), RealOp(Im(a), Im(b), Op::kAdd));
-  return RealOp(a, b, Op::kAdd);
+    return MakeComplex(RealOp(Re(a), Re(b), op), RealOp(Im(a), Im(b), op));
+  return RealOp(a, b, op);
 }
 
+}  // namespace
+
+ALGEB Add(ALGEB a, ALGEB b) {
+  return Additive(a, b, Op::kAdd, "add");
+}
 ALGEB Subtract(ALGEB a, ALGEB b) {
-  CheckNumber(a, "subtract");
-  CheckNumber(b, "subtract");
-  if (IsComplex(a) || IsComplex(b))
-    return MakeComplex(RealOp(Re(a), Re(b), Op::kSub), RealOp(Im(a), Im(b), Op::kSub));
-  return RealOp(a, b, Op::kSub);
+  return Additive(a, b, Op::kSub, "subtract");
 }
 
 ALGEB Multiply(ALGEB a, ALGEB b) {

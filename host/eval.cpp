@@ -66,14 +66,20 @@ ALGEB Scale(ALGEB coefficient, ALGEB monomial) {
   return NewProduct({coefficient, monomial});
 }
 
-ALGEB CombineSum(const std::vector<ALGEB>& input) {
-  std::vector<ALGEB> terms;
-  for (ALGEB t : input) {
-    if (HasType(t, kSumNode))
-      for (ALGEB u : Items(t)) terms.push_back(u);
+// Operands of nested sums (or products) lifted into one list.
+std::vector<ALGEB> Flatten(const std::vector<ALGEB>& input, NodeType kind) {
+  std::vector<ALGEB> out;
+  for (ALGEB e : input) {
+    if (HasType(e, kind))
+      for (ALGEB u : Items(e)) out.push_back(u);
     else
-      terms.push_back(t);
+      out.push_back(e);
   }
+  return out;
+}
+
+ALGEB CombineSum(const std::vector<ALGEB>& input) {
+  std::vector<ALGEB> terms = Flatten(input, kSumNode);
   ALGEB number = NewInteger(0);
   std::vector<ALGEB> monomials, coefficients;
   for (ALGEB t : terms) {
@@ -103,13 +109,7 @@ ALGEB CombineSum(const std::vector<ALGEB>& input) {
 ALGEB CombinePower(ALGEB base, ALGEB exponent);
 
 ALGEB CombineProduct(const std::vector<ALGEB>& input) {
-  std::vector<ALGEB> factors;
-  for (ALGEB f : input) {
-    if (HasType(f, kProductNode))
-      for (ALGEB u : Items(f)) factors.push_back(u);
-    else
-      factors.push_back(f);
-  }
+  std::vector<ALGEB> factors = Flatten(input, kProductNode);
   ALGEB number = NewInteger(1);
   std::vector<ALGEB> bases, exponents;
   for (ALGEB f : factors) {

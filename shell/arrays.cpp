@@ -23,8 +23,6 @@ DataType ParseDataType(const std::string& where, ALGEB spec) {
   if (IsName(spec)) {
     auto it = plain.find(NameText(spec));
     if (it != plain.end()) return it->second;
-  } else if (IsNode(spec) && TypeOf(spec) == kFunctionNode) {
-    // an indexed name such as float[8] is read as the head and its index
   }
   std::string text = Print(spec);
   static const std::map<std::string, int> indexed = {

@@ -29,20 +29,6 @@ std::vector<ALGEB> Args(Evaluator* ev, const std::string& name, Node* call, size
   return args;
 }
 
-int DigitsArgument(const std::string& name, ALGEB n) {
-  if (!IsInteger(n) || !FitsInt64(n) || IntegerValue(n) < 1 || IntegerValue(n) > VEXA_MAX_DIGITS)
-    RaiseIn(name, FormatMessage("number of digits must be an integer from 1 to 1000000, "
-                                "received %1",
-                                n, nullptr));
-  return static_cast<int>(IntegerValue(n));
-}
-
-ALGEB Evalf(Evaluator* ev, const std::string& name, Node* call) {
-  std::vector<ALGEB> a = Args(ev, name, call, 1, 2);
-  if (a.size() == 2) return vexa::Evalf(a[0], DigitsArgument(name, a[1]));
-  return vexa::Evalf(a[0]);
-}
-
 ALGEB Evalhf(Evaluator* ev, const std::string& name, Node* call) {
   std::vector<ALGEB> a = Args(ev, name, call, 1, 1);
   return NewFloatFromDouble(vexa::Evalhf(a[0]));
@@ -95,21 +81,6 @@ ALGEB Time(Evaluator* ev, const std::string& name, Node* call) {
   char buf[64];
   std::snprintf(buf, sizeof buf, "%.3f", static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
   return NewFloat(VexaFloatFromString(buf));
-}
-
-ALGEB Randomize(Evaluator* ev, const std::string& name, Node* call) {
-  std::vector<ALGEB> a = Args(ev, name, call, 0, 1);
-  long long seed;
-  if (a.empty()) {
-    seed = static_cast<long long>(std::time(nullptr));
-  } else {
-    if (!IsInteger(a[0]) || !FitsInt64(a[0]) || IntegerValue(a[0]) < 0)
-      RaiseIn(name,
-              FormatMessage("expects a non-negative integer seed, received %1", a[0], nullptr));
-    seed = IntegerValue(a[0]);
-  }
-  SeedRandom(static_cast<uint64_t>(seed));
-  return NewInteger(seed);
 }
 
 ALGEB Nops(Evaluator* ev, const std::string& name, Node* call) {
@@ -186,57 +157,47 @@ ALGEB Factorial(Evaluator* ev, const std::string& name, Node* call) {
   return r;
 }
 
-// Elementary functions: floats give floats; exact arguments give the exact value where it
-// is a simple number, otherwise the call stays symbolic.
+// Elementary functions: the kernel evaluates them at floats; at exact arguments the few
+// simple exact values are given here, and otherwise the call stays symbolic.
 const std::set<std::string> kElementary = {
     "sin", "cos", "tan",   "arctan", "arcsin", "arccos", "sinh", "cosh",  "tanh",   "exp",
     "ln",  "log", "log10", "sqrt",   "abs",    "erf",    "erfc", "GAMMA", "lnGAMMA"};
 
+ALGEB ExactElementary(const std::string& name, ALGEB x) {
+  if (name == "abs") return Sign(x) < 0 ? Negate(x) : x;
+  if (name == "sqrt" && Sign(x) >= 0) {
+    ALGEB r = vexa::Power(x, NewRational(NewInteger(1), NewInteger(2)));
+    if (IsNumeric(r)) return r;  // a perfect square
+  }
+  static const std::set<std::string> zeroAtZero = {"sin",  "tan",  "arctan", "arcsin",
+                                                   "sinh", "tanh", "erf"};
+  static const std::set<std::string> oneAtZero = {"cos", "cosh", "exp", "erfc"};
+  if (IsZero(x) && zeroAtZero.count(name)) return NewInteger(0);
+  if (IsZero(x) && oneAtZero.count(name)) return NewInteger(1);
+  bool one = Compare(x, NewInteger(1)) == 0;
+  if (one && (name == "ln" || name == "log" || name == "log10" || name == "arccos"))
+    return NewInteger(0);
+  return nullptr;
+}
+
 ALGEB Elementary(Evaluator* ev, const std::string& name, Node* call) {
   std::vector<ALGEB> a = Args(ev, name, call, 1, 1);
-  ALGEB x = a[0];
-  if (IsFloat(x)) return NewFloat(VexaEvalf1(name.c_str(), VexaFloat(x)));
-  if (IsNumeric(x)) {
-    if (name == "abs") return Sign(x) < 0 ? Negate(x) : x;
-    bool zero = IsZero(x), one = !zero && Compare(x, NewInteger(1)) == 0;
-    static const std::set<std::string> zeroAtZero = {"sin",  "tan",  "arctan", "arcsin",
-                                                     "sinh", "tanh", "erf",    "sqrt"};
-    static const std::set<std::string> oneAtZero = {"cos", "cosh", "exp", "erfc"};
-    if (zero && zeroAtZero.count(name)) return NewInteger(0);
-    if (zero && oneAtZero.count(name)) return NewInteger(1);
-    if (one && (name == "ln" || name == "log" || name == "log10" || name == "arccos"))
-      return NewInteger(0);
-    if (one && name == "sqrt") return NewInteger(1);
-    if (name == "sqrt" && IsInteger(x) && Sign(x) > 0) {
-      ALGEB f = vexa::Evalf(x, 40);
-      VexaFloat r = floor(VexaFloatRound(sqrt(VexaFloat(f)), 40) + VexaFloat(0.5));
-      if (FloatToInt(r) > 0 && FloatToInt(r) < 2000000000) {
-        ALGEB root = NewInteger(FloatToInt(r));
-        if (Compare(Multiply(root, root), x) == 0) return root;
-      }
-    }
+  if (IsNumeric(a[0]) && !IsFloat(a[0])) {
+    ALGEB exact = ExactElementary(name, a[0]);
+    if (exact != nullptr) return exact;
   }
-  return NewFunction(NewName(name), a);
+  return Eval(NewFunction(NewName(name), a));
 }
 
 const std::map<std::string, BuiltinFn>& Table() {
   static const std::map<std::string, BuiltinFn> table = {
-      {"evalf", Evalf},
-      {"evalhf", Evalhf},
-      {"seq", Seq},
-      {"time", Time},
-      {"randomize", Randomize},
-      {"nops", Nops},
-      {"op", OpBuiltin},
-      {"lhs", Side},
-      {"rhs", Side},
-      {"convert", Convert},
-      {"Float", FloatBuiltin},
-      {"error", ErrorBuiltin},
-      {"print", PrintBuiltin},
-      {"factorial", Factorial},
-      {"Array", MakeArray},
-      {"Vector", MakeArray},
+      {"evalhf", Evalhf},      {"seq", Seq},
+      {"time", Time},          {"nops", Nops},
+      {"op", OpBuiltin},       {"lhs", Side},
+      {"rhs", Side},           {"convert", Convert},
+      {"Float", FloatBuiltin}, {"error", ErrorBuiltin},
+      {"print", PrintBuiltin}, {"factorial", Factorial},
+      {"Array", MakeArray},    {"Vector", MakeArray},
   };
   return table;
 }

@@ -50,12 +50,9 @@ bool IsArithmeticOperand(ALGEB e) {
   return IsNumeric(e) || IsComplexNode(e);
 }
 
-// Symbolic arithmetic: an unevaluated sum, product or power.
-ALGEB SymbolicSum(ALGEB a, ALGEB b) {
-  return NewSum({a, b});
-}
+// Symbolic arithmetic: the kernel's evaluation collects like terms and equal bases.
 ALGEB SymbolicNegate(ALGEB a) {
-  return NewProduct({NewInteger(-1), a});
+  return Eval(NewProduct({NewInteger(-1), a}));
 }
 
 std::string Unparse(Node* n);
@@ -268,6 +265,8 @@ bool Evaluator::Condition(Node* e) {
   RaiseFormatted("cannot determine if this expression is true or false: %1", Evaluate(e));
 }
 
+// A procedure's parameters and locals are fresh local name nodes, one set per call; their
+// values live in the nodes as a global name's does.
 ALGEB Evaluator::NameNode(const std::string& name) {
   if (!frames_.empty()) {
     auto it = frames_.back()->names.find(name);
@@ -277,55 +276,37 @@ ALGEB Evaluator::NameNode(const std::string& name) {
 }
 
 ALGEB Evaluator::EvaluateName(const std::string& name) {
-  if (!frames_.empty()) {
-    Frame* f = frames_.back();
-    auto v = f->values.find(name);
-    if (v != f->values.end()) return v->second;
-    auto n = f->names.find(name);
-    if (n != f->names.end()) return n->second;
+  ALGEB n = NameNode(name);
+  if (IsGlobalName(n)) {
+    if (name == "true") return True();
+    if (name == "false") return False();
+    if (name == "FAIL") return Fail();
+    if (name == "NULL") return Null();
   }
-  if (name == "true") return True();
-  if (name == "false") return False();
-  if (name == "FAIL") return Fail();
-  if (name == "NULL") return Null();
-  ALGEB n = NewName(name, true);
   ALGEB v = Lookup(n);
   return v != nullptr ? v : n;
 }
 
+void Evaluator::CheckAssignable(ALGEB name) {
+  if (IsGlobalName(name) && kProtected.count(NameText(name)))
+    RaiseFormatted("attempting to assign to `" + NameText(name) + "` which is protected");
+}
+
 void Evaluator::AssignName(const std::string& name, ALGEB value) {
-  if (!frames_.empty()) {
-    Frame* f = frames_.back();
-    if (f->names.count(name)) {
-      f->values[name] = value;
-      return;
-    }
-  }
-  if (kProtected.count(name))
-    RaiseFormatted("attempting to assign to `" + name + "` which is protected");
-  Assign(NewName(name, true), value);
+  ALGEB n = NameNode(name);
+  CheckAssignable(n);
+  Assign(n, value);
 }
 
 ALGEB Evaluator::SavedValue(const std::string& name) {
-  if (!frames_.empty() && frames_.back()->names.count(name)) {
-    auto v = frames_.back()->values.find(name);
-    return v == frames_.back()->values.end() ? nullptr : v->second;
-  }
-  return Lookup(NewName(name, true));
+  return Lookup(NameNode(name));
 }
 
 void Evaluator::RestoreName(const std::string& name, ALGEB saved) {
-  if (!frames_.empty() && frames_.back()->names.count(name)) {
-    if (saved == nullptr)
-      frames_.back()->values.erase(name);
-    else
-      frames_.back()->values[name] = saved;
-    return;
-  }
   if (saved == nullptr)
-    Unassign(NewName(name, true));
+    Unassign(NameNode(name));
   else
-    Assign(NewName(name, true), saved);
+    Assign(NameNode(name), saved);
 }
 
 void Evaluator::AssignTo(Node* target, ALGEB value) {
@@ -334,25 +315,11 @@ void Evaluator::AssignTo(Node* target, ALGEB value) {
       AssignName(target->text, value);
       return;
     case NodeKind::kIndex: {
+      // through the name, so that an unassigned name becomes a table and a list is replaced
       Node* base = target->children[0];
-      std::vector<ALGEB> indices = EvaluateArguments(target->children, 1);
-      ALGEB b;
-      if (base->kind == NodeKind::kName) {
-        b = EvaluateName(base->text);
-        if (IsName(b) || (!IsTable(b) && !IsRTable(b) && !IsList(b))) b = NameNode(base->text);
-        if (kProtected.count(base->text))
-          RaiseFormatted("attempting to assign to `" + base->text + "` which is protected");
-      } else {
-        b = Evaluate(base);
-      }
-      ALGEB before = IsName(b) ? Lookup(b) : nullptr;
-      ALGEB result = AssignIndexed(b, indices, value);
-      (void)result;
-      // a list element assignment makes a new list: store it back
-      if (IsName(b) && base->kind == NodeKind::kName && before != nullptr && IsList(before)) {
-        ALGEB after = Lookup(b);
-        if (after != nullptr) AssignName(base->text, after);
-      }
+      ALGEB b = base->kind == NodeKind::kName ? NameNode(base->text) : Evaluate(base);
+      if (IsName(b)) CheckAssignable(b);
+      AssignIndexed(b, EvaluateArguments(target->children, 1), value);
       return;
     }
     case NodeKind::kSequence: {
@@ -438,14 +405,18 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
   if (op == ">") return NewRelation(kLess, b, a);
   if (op == ">=") return NewRelation(kLessEqual, b, a);
   if (op == "..") return NewRange(a, b);
-  bool numeric = IsArithmeticOperand(a) && IsArithmeticOperand(b);
-  if (op == "+") return numeric ? Add(a, b) : SymbolicSum(a, b);
-  if (op == "-")
-    return numeric ? Subtract(a, b)
-                   : SymbolicSum(a, IsArithmeticOperand(b) ? Negate(b) : SymbolicNegate(b));
-  if (op == "*") return numeric ? Multiply(a, b) : NewProduct({a, b});
-  if (op == "/") return numeric ? Divide(a, b) : NewProduct({a, NewPower(b, NewInteger(-1))});
-  if (op == "^") return numeric ? vexa::Power(a, b) : NewPower(a, b);
+  if (IsArithmeticOperand(a) && IsArithmeticOperand(b)) {
+    if (op == "+") return Add(a, b);
+    if (op == "-") return Subtract(a, b);
+    if (op == "*") return Multiply(a, b);
+    if (op == "/") return Divide(a, b);
+    if (op == "^") return vexa::Power(a, b);
+  }
+  if (op == "+") return Eval(NewSum({a, b}));
+  if (op == "-") return Eval(NewSum({a, SymbolicNegate(b)}));
+  if (op == "*") return Eval(NewProduct({a, b}));
+  if (op == "/") return Eval(NewProduct({a, NewPower(b, NewInteger(-1))}));
+  if (op == "^") return Eval(NewPower(a, b));
   RaiseFormatted("unknown operator " + op);
 }
 
@@ -453,8 +424,8 @@ ALGEB Evaluator::EvaluateCall(Node* e) {
   Node* head = e->children[0];
   if (head->kind == NodeKind::kName) {
     const std::string& name = head->text;
-    bool local = !frames_.empty() && frames_.back()->names.count(name);
-    ALGEB value = local ? EvaluateName(name) : Lookup(NewName(name, true));
+    ALGEB head = NameNode(name);
+    ALGEB value = Lookup(head);
     if (value == nullptr || !IsProcedure(value)) {
       bool found = false;
       ALGEB r = CallBuiltin(name, e, &found);
@@ -467,7 +438,7 @@ ALGEB Evaluator::EvaluateCall(Node* e) {
     }
     std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
     if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
-    return NewFunction(local ? value : NewName(name, true), args);
+    return NewFunction(head, args);
   }
   ALGEB f = Evaluate(head);
   std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
@@ -493,13 +464,11 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   Frame* frame = new Frame;
   std::vector<ALGEB> values = Ops(args);
   for (size_t i = 0; i < body->params.size(); ++i) {
-    const std::string& p = body->params[i];
-    frame->names[p] = NewName(p, false);
-    if (i < values.size()) frame->values[p] = values[i];
+    ALGEB n = frame->names[body->params[i]] = NewName(body->params[i], false);
+    if (i < values.size()) Assign(n, values[i]);
   }
   for (const std::string& l : body->locals) frame->names[l] = NewName(l, false);
   struct Scope {
-    Evaluator* self;
     std::vector<Frame*>* frames;
     int* depth;
     ~Scope() {
@@ -510,7 +479,7 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   };
   frames_.push_back(frame);
   ++callDepth_;
-  Scope scope{this, &frames_, &callDepth_};
+  Scope scope{&frames_, &callDepth_};
   try {
     if (body->arrow) return Evaluate(body->children[0]);
     return RunBlock(body->children[0], false);

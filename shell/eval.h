@@ -16,10 +16,9 @@ namespace vexa::shell {
 
 class Library;
 
-// Local variables and parameters of one procedure call.
+// The local name nodes of one procedure call (parameters and locals), by text.
 struct Frame {
-  std::map<std::string, ALGEB> values;  // assigned locals and parameters
-  std::map<std::string, ALGEB> names;   // the local names themselves
+  std::map<std::string, ALGEB> names;
 };
 
 class Evaluator {
@@ -55,6 +54,7 @@ class Evaluator {
   ALGEB CallBuiltin(const std::string& name, Node* call, bool* found);
   ALGEB CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found);
   void AssignTo(Node* target, ALGEB value);
+  void CheckAssignable(ALGEB name);  // protected global names refuse assignment
   bool Condition(Node* e);
   void Echo(ALGEB value);
 
