@@ -428,7 +428,7 @@ ALGEB Evaluator::EvaluateCall(Node* e) {
     ALGEB value = Lookup(head);
     if (value == nullptr || !IsProcedure(value)) {
       bool found = false;
-      ALGEB r = CallBuiltin(name, e, &found);
+      ALGEB r = Builtin(this, name, e, &found);
       if (found) return r;
       if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
         std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
@@ -486,10 +486,6 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   } catch (const ReturnSignal& r) {
     return r.value;
   }
-}
-
-ALGEB Evaluator::CallBuiltin(const std::string& name, Node* call, bool* found) {
-  return Builtin(this, name, call, found);
 }
 
 }  // namespace vexa::shell

@@ -51,7 +51,6 @@ class Evaluator {
   ALGEB EvaluateIndex(Node* e);
   ALGEB EvaluateCall(Node* e);
   ALGEB EvaluateBinary(Node* e);
-  ALGEB CallBuiltin(const std::string& name, Node* call, bool* found);
   ALGEB CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found);
   void AssignTo(Node* target, ALGEB value);
   void CheckAssignable(ALGEB name);  // protected global names refuse assignment

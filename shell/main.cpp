@@ -28,8 +28,8 @@ const char kHelp[] =
     "its entry points are called as VexaNormalDeviate(0.975, 0, 1) and so on.\n"
     "A script goes on after an error; the exit status is 1 if any statement failed.\n";
 
-int RunScript(vexa::shell::Session& session, const std::string& text, const std::string& name) {
-  return session.Run(text, name) ? 0 : 1;
+int RunScript(vexa::shell::Session& session, const std::string& text) {
+  return session.Run(text) ? 0 : 1;
 }
 
 std::string HistoryFile() {
@@ -52,7 +52,7 @@ int Interactive(vexa::shell::Session& session) {
     if (!text.empty()) add_history(text.c_str());
     buffer += text + "\n";
     if (!session.IsComplete(buffer)) continue;
-    session.Run(buffer, "");
+    session.Run(buffer);
     buffer.clear();
   }
   if (!history.empty()) write_history(history.c_str());
@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
   vexa::shell::Session session(argv[0]);
   int status;
   if (first == "-e") {
-    status = RunScript(session, argv[2], "");
+    status = RunScript(session, argv[2]);
   } else if (!first.empty()) {
     std::ifstream in(first, std::ios::binary);
     if (!in) {
@@ -88,11 +88,11 @@ int main(int argc, char** argv) {
     }
     std::stringstream text;
     text << in.rdbuf();
-    status = RunScript(session, text.str(), first);
+    status = RunScript(session, text.str());
   } else if (!isatty(0)) {
     std::stringstream text;
     text << std::cin.rdbuf();
-    status = RunScript(session, text.str(), "");
+    status = RunScript(session, text.str());
   } else {
     status = Interactive(session);
   }

@@ -63,8 +63,7 @@ bool Session::IsComplete(const std::string& text) const {
   return true;
 }
 
-bool Session::Run(const std::string& text, const std::string& sourceName) {
-  (void)sourceName;
+bool Session::Run(const std::string& text) {
   SyntaxError lexError;
   std::vector<Token> tokens = Tokenize(text, &lexError);
   bool lexed = lexError.message.empty();

@@ -19,7 +19,7 @@ class Session {
 
   // Runs every statement of text; values go to standard output, errors to standard error.
   // Returns false if any statement failed.
-  bool Run(const std::string& text, const std::string& sourceName);
+  bool Run(const std::string& text);
   // Does text hold only complete statements (so that an interactive session can run it)?
   bool IsComplete(const std::string& text) const;
   // Empty when the statistics library is loaded; otherwise why it is not.
