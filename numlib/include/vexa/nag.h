@@ -1,0 +1,84 @@
+// The multiprecision numerical library: routines with the argument lists of their published
+// namesakes (g01 chapter: probabilities, deviates, discrete distributions, summaries), every
+// real a VexaFloat computed at the current Digits. A routine reports failure by setting
+// fail->code to a non-zero value and fail->message to a text naming the argument at fault
+// and its value; its return value is then 0.
+#ifndef VEXA_NAG_H
+#define VEXA_NAG_H
+
+#include "vexa/float.h"
+
+enum Nag_TailProbability {
+  Nag_LowerTail = 1329,     // P(X <= x)
+  Nag_UpperTail = 1330,     // P(X >= x)
+  Nag_TwoTailSignif = 1331,  // P(|X| >= |x|)
+  Nag_TwoTailConfid = 1332,  // P(|X| <= |x|)
+};
+
+// Failure codes.
+enum {
+  NE_NOERROR = 0,
+  NE_BAD_PARAM = 1,      // an enumeration argument out of range
+  NE_REAL_ARG_LT = 2,    // a real argument below its range
+  NE_REAL_ARG_GT = 3,    // above its range
+  NE_REAL_ARG_LE = 4,    // at or below a bound it must exceed
+  NE_REAL_ARG_GE = 5,    // at or above a bound it must stay under
+  NE_REAL_ARG_CONS = 6,  // real arguments inconsistent with each other
+  NE_INT_ARG_CONS = 7,   // integer arguments inconsistent with each other
+  NE_INT_ARG_LT = 11,    // an integer argument below its range
+  NE_REAL_ARG = 12,      // a real argument not a finite number
+  NE_CONV = 13,          // an iteration failed to converge
+};
+
+struct NagError {
+  int code = NE_NOERROR;
+  bool print = false;  // print the message to stderr on failure
+  void (*handler)(const char* message, int code, const char* routine) = nullptr;
+  char message[512] = "";
+};
+
+// ---- Probabilities (tail as above; one-sided distributions take the two-tailed kinds as
+// twice the smaller tail and its complement). ----
+VexaFloat VexaMP_g01eac(Nag_TailProbability tail, VexaFloat x, NagError* fail);  // normal
+VexaFloat VexaMP_g01ebc(Nag_TailProbability tail, VexaFloat t, VexaFloat df,
+                        NagError* fail);  // Student t
+VexaFloat VexaMP_g01ecc(Nag_TailProbability tail, VexaFloat x, VexaFloat df,
+                        NagError* fail);  // chi-square
+VexaFloat VexaMP_g01edc(Nag_TailProbability tail, VexaFloat f, VexaFloat df1, VexaFloat df2,
+                        NagError* fail);  // F
+// Beta(a, b): *p = P(X <= x), *q = P(X > x), *pdf the density at x. tol is ignored (the
+// results are correctly rounded).
+void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat tol, VexaFloat* p,
+                   VexaFloat* q, VexaFloat* pdf, NagError* fail);
+// Gamma with shape a and scale b.
+VexaFloat VexaMP_g01efc(Nag_TailProbability tail, VexaFloat g, VexaFloat a, VexaFloat b,
+                        NagError* fail);
+
+// ---- Deviates (quantiles): the x with the given tail probability p. ----
+VexaFloat VexaMP_g01fac(Nag_TailProbability tail, VexaFloat p, NagError* fail);  // normal
+VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df,
+                        NagError* fail);                                      // Student t
+VexaFloat VexaMP_g01fcc(VexaFloat p, VexaFloat df, NagError* fail);           // chi-square
+VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fail);  // F
+VexaFloat VexaMP_g01fec(VexaFloat p, VexaFloat a, VexaFloat b, VexaFloat tol,
+                        NagError* fail);  // beta
+VexaFloat VexaMP_g01ffc(VexaFloat p, VexaFloat a, VexaFloat b, VexaFloat tol,
+                        NagError* fail);  // gamma (shape a, scale b)
+
+// ---- Discrete distributions: *plek = P(X <= k), *pgtk = P(X > k), *peqk = P(X = k). ----
+// Binomial with n trials and success probability p.
+void VexaMP_g01bjc(long n, VexaFloat p, long k, VexaFloat* plek, VexaFloat* pgtk,
+                   VexaFloat* peqk, NagError* fail);
+// Poisson with mean rlamda.
+void VexaMP_g01bkc(VexaFloat rlamda, long k, VexaFloat* plek, VexaFloat* pgtk, VexaFloat* peqk,
+                   NagError* fail);
+// Hypergeometric: k of the m drawn out of n items, l of which are marked.
+void VexaMP_g01blc(long n, long l, long m, long k, VexaFloat* plek, VexaFloat* pgtk,
+                   VexaFloat* peqk, NagError* fail);
+
+// ---- Summaries. ----
+// Five-point summary of x[0..n-1]: res = minimum, lower hinge, median, upper hinge,
+// maximum. n < 5 fails with code NE_INT_ARG_LT.
+void VexaMP_g01alc(long n, const VexaFloat x[], VexaFloat res[], NagError* fail);
+
+#endif
