@@ -12,46 +12,21 @@
 #include <string>
 #include <vector>
 
+#include "reference.h"
 #include "vexa/float.h"
 
 namespace {
 
-struct Case {
-  std::string op;
-  int digits;
-  std::vector<std::string> args;
-  std::string expected;
-  int line;
-};
+using namespace vexa_test;
 
 const std::vector<Case>& AllCases() {
-  static const std::vector<Case> cases = [] {
-    std::vector<Case> out;
-    std::ifstream in(std::string(VEXA_REFERENCE_DIR) + "/float_ops.txt");
-    std::string text;
-    for (int line = 1; std::getline(in, text); ++line) {
-      if (text.empty() || text[0] == '#') continue;
-      std::istringstream words(text);
-      Case c;
-      c.line = line;
-      words >> c.op >> c.digits;
-      for (std::string w; words >> w;) c.args.push_back(w);
-      c.expected = c.args.back();
-      c.args.pop_back();
-      out.push_back(c);
-    }
-    return out;
-  }();
+  static const std::vector<Case> cases = ReadCases("float_ops.txt");
   return cases;
 }
 
 VexaFloat F(const std::string& s) {
   return VexaFloatFromString(s);
 }
-bool IsFinite(const VexaFloat& x) {
-  return !IsVexaFloatUndefined(x) && !IsVexaFloatInfinity(x) && !IsVexaFloatNegativeInfinity(x);
-}
-
 // A double that holds the text's value exactly, if there is one.
 bool ExactDouble(const std::string& s, double* d) {
   *d = std::strtod(s.c_str(), nullptr);
@@ -71,25 +46,6 @@ VexaFloat Compute(const Case& c) {
   if (op == "log") return log(x);
   if (op == "pow") return pow(x, F(c.args[1]));
   return VexaEvalf1(op.c_str(), x);
-}
-
-// The unit in the last place of the expected value: reference values are written with one
-// digit before the point, so the exponent after 'e' is that of the leading digit.
-VexaFloat Ulp(const Case& c) {
-  size_t e = c.expected.find('e');
-  long lead = e == std::string::npos ? 0 : std::stol(c.expected.substr(e + 1));
-  return F("1e" + std::to_string(lead - c.digits + 1));
-}
-
-// |computed - expected| in units of the last place (computed exactly at a wider precision).
-VexaFloat UlpError(const Case& c, const VexaFloat& got, const VexaFloat& want) {
-  VexaDigitsScope wide(2 * c.digits + 40);
-  return fabs(got - want) / Ulp(c);
-}
-
-std::string Show(const VexaFloat& x) {
-  VexaDigitsScope three(3);
-  return VexaFloatToString(x + VexaFloat());
 }
 
 bool MustBeExact(const std::string& op) {
