@@ -279,7 +279,7 @@ ALGEB VexaNumericAdd(VexaKernelVector, ALGEB a, ALGEB b) {
 }
 
 uint32_t VexaRandomInt32(VexaKernelVector kv) {
-  return static_cast<uint32_t>(kv->random());
+  return kv->random();
 }
 
 ALGEB VexaRandomSoftwareFloat01(VexaKernelVector kv) {
@@ -294,10 +294,11 @@ ALGEB VexaRandomSoftwareFloat01(VexaKernelVector kv) {
   uint32_t topMask = bits % 32 == 0 ? 0xffffffffu : (1u << (bits % 32)) - 1;
   std::vector<uint32_t> w(words);
   do {
-    for (size_t i = 0; i < words; ++i) w[i] = static_cast<uint32_t>(kv->random());
+    for (size_t i = 0; i < words; ++i) w[i] = kv->random();
     w[words - 1] &= topMask;
     mpz_import(k, words, -1, sizeof(uint32_t), 0, 0, w.data());
   } while (mpz_cmp(k, limit) >= 0);
+  ++kv->random.counts.floats;
   VexaFloat r = FloatFromMpz(k, -digits, 0);
   mpz_clears(limit, k, nullptr);
   return r.Handle();

@@ -214,13 +214,17 @@ int ProtectCount(ALGEB e) {
 void SeedRandom(uint64_t seed) {
   std::seed_seq seq{static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32)};
   if (seed >> 32)
-    GetKernel()->random.seed(seq);
+    GetKernel()->random.engine.seed(seq);
   else
-    GetKernel()->random.seed(static_cast<uint32_t>(seed));
+    GetKernel()->random.engine.seed(static_cast<uint32_t>(seed));
 }
 
 uint32_t NextRandomWord() {
-  return static_cast<uint32_t>(GetKernel()->random());
+  return GetKernel()->random();
+}
+
+RandomCounts RandomDrawn() {
+  return GetKernel()->random.counts;
 }
 
 void SetInfoStream(std::FILE* out) {

@@ -165,6 +165,12 @@ std::string FormatMessage(const std::string& templ, ALGEB a1, ALGEB a2);
 constexpr uint32_t kDefaultRandomSeed = 5489u;  // std::mt19937's own default
 void SeedRandom(uint64_t seed);                 // randomize(n)
 uint32_t NextRandomWord();
+// What the stream has handed out since the kernel started (seeding does not reset it).
+struct RandomCounts {
+  uint64_t words = 0;   // 32-bit words
+  uint64_t floats = 0;  // unit-interval floats (each takes one or more words)
+};
+RandomCounts RandomDrawn();
 int ProtectCount(ALGEB e);           // how many VexaGcProtect calls are outstanding for e
 void SetInfoStream(std::FILE* out);  // where VexaUserInfo writes (default stdout)
 

@@ -145,6 +145,19 @@ VexaFloat ExactToFloat(ALGEB e, int digits);  // digits 0: exact (integers only)
 
 }  // namespace vexa
 
+namespace vexa {
+// The host's Mersenne Twister, counting what it hands out (words, and unit-interval floats
+// made from them) so that callers can check how much of the stream a computation used.
+struct RandomStream {
+  std::mt19937 engine{kDefaultRandomSeed};
+  RandomCounts counts;
+  uint32_t operator()() {
+    ++counts.words;
+    return static_cast<uint32_t>(engine());
+  }
+};
+}  // namespace vexa
+
 // The kernel's state: global names, collector roots, random stream, info output. It and
 // its maps live in uncollectable traced memory, whatever operator new is in force.
 struct _VexaKernelVectorDesc {
@@ -153,7 +166,7 @@ struct _VexaKernelVectorDesc {
                                        traceable_allocator<std::pair<const K, V>>>;
   TracedMap<std::string, ALGEB> globals;
   TracedMap<ALGEB, long> protects;
-  std::mt19937 random{vexa::kDefaultRandomSeed};
+  vexa::RandomStream random;
   std::FILE* info = stdout;
   ALGEB digits = nullptr;  // the name Digits
   ALGEB infolevel = nullptr;

@@ -34,10 +34,10 @@ TEST(Lifecycle, SecondInitializeIsIgnoredUntilTerminate) {
   EXPECT_TRUE(vexa::IsTrue(STATS_StatsInitialize_MP(&other, vexa::Null())));
   ExpectHandles(&other);
   EXPECT_EQ(other.protects.count(evalf), 1u);
-  other.random.seed(7);
+  other.random.engine.seed(7);
   vexa::SeedRandom(8);
   const uint32_t drawn = STATS_VexaRandomStream_MP::NextInteger();
-  other.random.seed(7);
+  other.random.engine.seed(7);
   EXPECT_EQ(drawn, VexaRandomInt32(&other));
 
   // Back to the process kernel; evalf stays protected (terminate does not release it).
