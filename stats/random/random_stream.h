@@ -1,5 +1,5 @@
-// The library's uniform random source: every draw comes from the host's own stream, so the
-// host's seed decides every sample.
+// The library's uniform random source and the output arrays of random samples. Every draw
+// comes from the host's own stream, so the host's seed decides every sample.
 #ifndef STATS_RANDOM_RANDOM_STREAM_H
 #define STATS_RANDOM_RANDOM_STREAM_H
 
@@ -20,5 +20,13 @@ class STATS_VexaRandomStream_MP {
   // The host's uniform float on the unit interval at the current Digits, taken as it comes.
   static VexaFloat NextDouble();
 };
+
+// The output array of a random sample. Given an rtable, checks that it has rectangular
+// storage and host-expression elements and returns it; given anything else, converts it to
+// a size n and makes a new sample array of n elements.
+ALGEB STATS_CreateRandomSample_MP(VexaKernelVector kv, ALGEB spec);
+// A new one-dimensional array 1..n of host expressions declared sfloat, otherwise with the
+// host's default settings. The third argument is not used.
+ALGEB STATS_CreateRandomSample_MP(VexaKernelVector kv, int n, ALGEB unused);
 
 #endif

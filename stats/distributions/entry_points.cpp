@@ -1,0 +1,230 @@
+// Every distribution entry point, generated from one table. An entry point checks its
+// argument count, converts its arguments to floats (1-based, in order), calls its worker and
+// returns the result as a host float; a RandomSample entry point makes its output array and
+// fills it with one worker call per element. An operation whose worker is not in this build
+// raises "<entry point> is not available in this build" once its arguments are checked.
+#include <cstddef>
+#include <string>
+#include <utility>
+
+#include "distributions/distributions.h"
+#include "frame/frame.h"
+#include "random/random_stream.h"
+
+namespace {
+
+static_assert(sizeof(VexaFloat) == sizeof(ALGEB), "a sample's data block holds VexaFloat values");
+
+enum class Operation { kProbability, kDeviate, kRandomVariate, kRandomSample, kDeviateApprox, kWApprox };
+
+// How an entry point takes its arguments.
+enum class Form {
+  kFloats,       // every argument a float (a RandomSample's first the size n)
+  kOutputArray,  // RandomSample whose first argument is n or an output array to fill
+  kOpaque,       // arrays or procedures that no worker of this build takes
+};
+
+// A worker as the table calls it: its parameter count and a call on converted arguments.
+struct Worker {
+  int params;
+  VexaFloat (*call)(VexaKernelVector, const VexaFloat*);
+};
+
+// Worker parameters are floats, or integers (long) converted from floats.
+template <class P>
+P Parameter(const VexaFloat& x);
+template <>
+inline VexaFloat Parameter<VexaFloat>(const VexaFloat& x) {
+  return x;
+}
+template <>
+inline long Parameter<long>(const VexaFloat& x) {
+  return STATS_DoubleToInteger_MP(x);
+}
+
+template <class F, F f>
+struct BoundAs;
+template <class... P, VexaFloat (*W)(VexaKernelVector, P...)>
+struct BoundAs<VexaFloat (*)(VexaKernelVector, P...), W> {
+  static VexaFloat Call(VexaKernelVector kv, const VexaFloat* a) {
+    return Apply(kv, a, std::index_sequence_for<P...>());
+  }
+  template <std::size_t... I>
+  static VexaFloat Apply(VexaKernelVector kv, const VexaFloat* a, std::index_sequence<I...>) {
+    return W(kv, Parameter<P>(a[I])...);
+  }
+  static constexpr Worker kWorker = {static_cast<int>(sizeof...(P)), &Call};
+};
+
+template <auto f>
+struct Bound : BoundAs<decltype(f), f> {};
+
+constexpr Worker kNotAvailable = {-1, nullptr};
+
+struct EntryRow {
+  const char* name;  // the entry point's name less STATS_ and _MP
+  Operation operation;
+  int count;             // the argument count the host must pass
+  int otherCount;        // a second accepted count, or 0
+  const char* message;   // the arity message; nullptr: formed from name and count
+  Worker worker;
+  Form form;
+  void (*check)(const STATS_VexaEntry_MP&);  // further argument checks, or nullptr
+};
+
+constexpr int kMaxArguments = 8;
+
+[[noreturn]] void RaiseNotAvailable(VexaKernelVector kv, const EntryRow& row) {
+  std::string message = std::string(row.name) + " is not available in this build";
+  VexaRaiseError(kv, message.c_str());
+}
+
+ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
+  STATS_VexaEntry_MP entry(kv, args, row.name);
+  int received = entry.NumArgs();
+  if (received != row.count && (row.otherCount == 0 || received != row.otherCount))
+    entry.RaiseArity(row.message ? row.message : STATS_VexaEntry_MP::ArityMessage(row.name, row.count));
+  if (row.check) row.check(entry);
+  if (row.form == Form::kOpaque) RaiseNotAvailable(kv, row);
+
+  const bool sample = row.operation == Operation::kRandomSample;
+  const int first = sample ? 2 : 1;
+  // The worker's own parameter count decides how many positions are read.
+  const int params = row.worker.call ? row.worker.params : row.count - first + 1;
+  int n = 0;
+  if (sample && row.form == Form::kFloats) n = entry.Integer(1);
+  VexaFloat values[kMaxArguments];
+  for (int i = 0; i < params; ++i) values[i] = entry.Float(first + i);
+
+  if (!sample) {
+    if (!row.worker.call) RaiseNotAvailable(kv, row);
+    return entry.Result(row.worker.call(kv, values));
+  }
+  ALGEB out = row.form == Form::kOutputArray
+                  ? STATS_CreateRandomSample_MP(kv, entry.Arg(1))
+                  : STATS_CreateRandomSample_MP(kv, n, ToVexaNULL(kv));
+  if (row.form == Form::kOutputArray) n = static_cast<int>(RTableNumElements(kv, out));
+  VexaFloat* data = static_cast<VexaFloat*>(RTableDataBlock(kv, out));
+  for (int i = 0; i < n; ++i) {
+    if (!row.worker.call) RaiseNotAvailable(kv, row);
+    VexaFloat copies[kMaxArguments];
+    for (int j = 0; j < params; ++j) copies[j] = values[j];
+    data[i] = row.worker.call(kv, copies);
+  }
+  return out;
+}
+
+// The error distribution's deviate takes two procedures.
+void CheckErrorDeviate(const STATS_VexaEntry_MP& entry) {
+  entry.Procedure(2);
+  entry.Procedure(3);
+}
+
+// The six-argument form of the noncentral chi-square sample ends in three procedures.
+void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
+  if (entry.NumArgs() != 6) return;
+  for (int i = 4; i <= 6; ++i)
+    entry.Procedure(i, "procedure expected as " + STATS_VexaEntry_MP::Ordinal(i) +
+                           " parameter to VexaNonCentralChiSquareRandomSample, received: %1");
+}
+
+}  // namespace
+
+#define STATS_ENTRY(Dist, Op, Count, OtherCount, Message, Worker, Form, Check)                  \
+  extern "C" ALGEB STATS_Vexa##Dist##Op##_MP(VexaKernelVector kv, ALGEB args) {               \
+    static const EntryRow row = {"Vexa" #Dist #Op, Operation::k##Op, Count, OtherCount, Message, \
+                                 Worker,           Form,               Check};                   \
+    return RunEntry(kv, args, row);                                                            \
+  }
+// The common case: the message formed by the rule, float arguments.
+#define ENTRY(Dist, Op, Count, Worker) \
+  STATS_ENTRY(Dist, Op, Count, 0, nullptr, Worker, Form::kFloats, nullptr)
+#define MISSING kNotAvailable
+#define W(f) Bound<&f>::kWorker
+// An overloaded worker (the RandomVariate workers) taken with the given signature.
+#define AS(Signature, f) Bound<static_cast<Signature>(&f)>::kWorker
+#define DIST4(Dist, P, D, V, S, ProbabilityWorker, DeviateWorker, VariateWorker) \
+  ENTRY(Dist, Probability, P, ProbabilityWorker)                               \
+  ENTRY(Dist, Deviate, D, DeviateWorker)                                       \
+  ENTRY(Dist, RandomVariate, V, VariateWorker)                                 \
+  ENTRY(Dist, RandomSample, S, VariateWorker)
+
+using Variate2 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat);
+
+// Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
+DIST4(Bernoulli, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Beta, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Binomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Cauchy, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(ChiSquare, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(DiscreteUniform, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Exponential, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(FRatio, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Gamma, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Geometric, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Gumbel, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Hypergeometric, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+DIST4(Laplace, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Logistic, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(LogNormal, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(NegativeBinomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(NonCentralBeta, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+DIST4(NonCentralFRatio, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+DIST4(Pareto, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Poisson, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Power, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Rayleigh, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(StudentT, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Triangular, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+DIST4(Weibull, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+
+// Distributions with fewer operations, other forms or messages of their own.
+ENTRY(Empirical, Deviate, 4, MISSING)
+ENTRY(Empirical, RandomVariate, 3, MISSING)
+ENTRY(Empirical, RandomSample, 4, MISSING)
+
+STATS_ENTRY(Error, Deviate, 6, 0, nullptr, MISSING, Form::kOpaque, CheckErrorDeviate)
+STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1", MISSING,
+            Form::kFloats, nullptr)
+STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1", MISSING,
+            Form::kFloats, nullptr)
+
+STATS_ENTRY(InverseGaussian, RandomVariate, 2, 0,
+            "VexaInverseGaussianRandomVariate expects 2 argument, received: %1", MISSING,
+            Form::kFloats, nullptr)
+ENTRY(InverseGaussian, RandomSample, 3, MISSING)
+
+ENTRY(Maxwell, RandomVariate, 1, MISSING)
+ENTRY(Maxwell, RandomSample, 2, MISSING)
+
+STATS_ENTRY(Moyal, RandomVariate, 2, 0, "VexaMoyalRandomVariate expects 2 argument, received: %1",
+            MISSING, Form::kFloats, nullptr)
+ENTRY(Moyal, RandomSample, 3, MISSING)
+
+ENTRY(NonCentralChiSquare, Probability, 3, MISSING)
+ENTRY(NonCentralChiSquare, Deviate, 3, MISSING)
+ENTRY(NonCentralChiSquare, RandomVariate, 3, MISSING)
+STATS_ENTRY(NonCentralChiSquare, RandomSample, 4, 6,
+            "VexaNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", MISSING,
+            Form::kOpaque, CheckNonCentralChiSquareSample)
+
+ENTRY(NonCentralStudentT, Probability, 3, MISSING)
+ENTRY(NonCentralStudentT, RandomVariate, 2, MISSING)
+ENTRY(NonCentralStudentT, RandomSample, 3, MISSING)
+
+ENTRY(Normal, Probability, 3, MISSING)
+ENTRY(Normal, Deviate, 3, MISSING)
+ENTRY(Normal, RandomVariate, 2, MISSING)
+STATS_ENTRY(Normal, RandomSample, 3, 0, nullptr, MISSING, Form::kOutputArray, nullptr)
+STATS_ENTRY(Normal, DeviateApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
+            MISSING, Form::kFloats, nullptr)
+STATS_ENTRY(Normal, WApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
+            MISSING, Form::kFloats, nullptr)
+
+// The uniform distribution's Probability and Deviate name the RandomVariate entry point.
+STATS_ENTRY(Uniform, Probability, 3, 0, "VexaUniformRandomVariate expects 3 arguments, received: %1",
+            W(STATS_UniformProbability_MP), Form::kFloats, nullptr)
+STATS_ENTRY(Uniform, Deviate, 3, 0, "VexaUniformRandomVariate expects 3 arguments, received: %1",
+            W(STATS_UniformDeviate_MP), Form::kFloats, nullptr)
+ENTRY(Uniform, RandomVariate, 2, AS(Variate2, STATS_UniformRandomVariate_MP))
+ENTRY(Uniform, RandomSample, 3, AS(Variate2, STATS_UniformRandomVariate_MP))
