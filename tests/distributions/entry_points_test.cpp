@@ -85,7 +85,6 @@ void CheckArity(const std::string& name, int count, int* checked) {
 }
 
 TEST(DistributionEntryPoints, ExistWithTheirCountsAndMessages) {
-  STATS_StatsInitialize_MP(Kv(), vexa::Null());
   int checked = 0;
   const char* operations[] = {"Probability", "Deviate", "RandomVariate", "RandomSample"};
   for (const auto& [dist, c] : kDistributions) {

@@ -28,12 +28,7 @@ std::string T(ALGEB e) {
   return Text(VexaFloat(e));
 }
 
-class Uniform : public ::testing::Test {
- protected:
-  void SetUp() override { STATS_StatsInitialize_MP(Kv(), vexa::Null()); }
-};
-
-TEST_F(Uniform, ProbabilityAndDeviateAtTheirEdges) {
+TEST(Uniform, ProbabilityAndDeviateAtTheirEdges) {
   VexaDigitsScope digits(10);
   EXPECT_EQ(T(Call("UniformProbability", {I(1), I(1), I(3)})), "0.");
   EXPECT_EQ(T(Call("UniformProbability", {I(3), I(1), I(3)})), "1.");
@@ -49,7 +44,7 @@ TEST_F(Uniform, ProbabilityAndDeviateAtTheirEdges) {
   EXPECT_EQ(T(Call("UniformDeviate", {I(1), I(0), vexa::NewName("Pi")})), "3.141592654");
 }
 
-TEST_F(Uniform, SamplesDrawOneUniformPerElementReproducibly) {
+TEST(Uniform, SamplesDrawOneUniformPerElementReproducibly) {
   VexaDigitsScope digits(15);
   vexa::SeedRandom(3);
   vexa::RandomCounts before = vexa::RandomDrawn();
@@ -79,7 +74,7 @@ TEST_F(Uniform, SamplesDrawOneUniformPerElementReproducibly) {
   EXPECT_EQ(STATS_UniformRandomVariate_MP(Kv(), parameters), data[1]);
 }
 
-TEST_F(Uniform, ArgumentErrorsComeBeforeAnyDraw) {
+TEST(Uniform, ArgumentErrorsComeBeforeAnyDraw) {
   vexa::RandomCounts before = vexa::RandomDrawn();
   EXPECT_EQ(ErrorOf([] { Call("UniformRandomSample", {I(5), I(0), vexa::NewName("b_unset")}); }),
             "unable to evaluate b_unset to floating-point");

@@ -2,6 +2,8 @@
 #ifndef TESTS_FRAME_SUPPORT_H
 #define TESTS_FRAME_SUPPORT_H
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 
@@ -33,5 +35,14 @@ inline ALGEB CountingProc(int* calls, std::function<ALGEB(ALGEB)> fn) {
     return fn(args);
   });
 }
+
+// Initialises the library once for a whole test binary, as the host does on loading it.
+// A test folder registers it with one line:
+//   static auto* const kLibrary = ::testing::AddGlobalTestEnvironment(new LibraryEnvironment);
+class LibraryEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override { STATS_StatsInitialize_MP(Kv(), vexa::Null()); }
+  void TearDown() override { STATS_StatsTerminate_MP(Kv(), vexa::Null()); }
+};
 
 #endif

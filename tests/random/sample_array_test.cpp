@@ -50,7 +50,6 @@ TEST(SampleArray, GivenArraysAreCheckedOnStorageAndRepresentationOnly) {
 }
 
 TEST(RandomStream, DrawsFromTheHostStream) {
-  STATS_StatsInitialize_MP(Kv(), vexa::Null());
   VexaDigitsScope digits(20);
   vexa::SeedRandom(11);
   VexaFloat u = STATS_VexaRandomStream_MP::NextDouble();
