@@ -1,0 +1,462 @@
+// The laws computed through the regularized incomplete beta function I_z(a, b): beta, Student
+// t (|T| <= t has probability I_(t^2/(df+t^2))(1/2, df/2)) and F (F <= f has probability
+// I_(df1 f/(df1 f+df2))(df1/2, df2/2)). Of I_z(a, b) and I_(1-z)(b, a) the one on the
+// smaller side of the mean is computed directly, the other as its complement; 1 - z is
+// always formed by the caller without cancellation. Quantiles invert these by quantile.cpp.
+#include <arb_hypgeom.h>
+
+#include <cmath>
+
+#include "numlib/quantile.h"
+
+namespace vexa {
+namespace {
+
+const slong kExtraBits = 12;
+
+double Mid(const arb_t x) {
+  return arf_get_d(arb_midref(x), ARF_RND_NEAR);
+}
+
+// I_z(a, b), with zc = 1 - z given separately.
+void BetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc, slong prec) {
+  double ad = Mid(a), bd = Mid(b);
+  if (Mid(z) <= ad / (ad + bd)) {
+    arb_hypgeom_beta_lower(res, a, b, z, 1, prec);
+  } else {
+    arb_hypgeom_beta_lower(res, b, a, zc, 1, prec);
+    arb_sub_ui(res, res, 1, prec);
+    arb_neg(res, res);
+  }
+}
+
+// I_(1-z)(b, a) = 1 - I_z(a, b).
+void BetaUpper(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc, slong prec) {
+  BetaLower(res, b, a, zc, z, prec);
+}
+
+// log B(a, b)
+void LogBeta(arb_t res, const arb_t a, const arb_t b, slong prec) {
+  Ball t;
+  arb_hypgeom_lgamma(res, a, prec);
+  arb_hypgeom_lgamma(t.v, b, prec);
+  arb_add(res, res, t.v, prec);
+  arb_add(t.v, a, b, prec);
+  arb_hypgeom_lgamma(t.v, t.v, prec);
+  arb_sub(res, res, t.v, prec);
+}
+
+// log of the beta density at z: (a-1) log z + (b-1) log zc - log B(a, b).
+void LogBetaDensity(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
+                    slong prec) {
+  Ball t, u;
+  arb_sub_ui(t.v, a, 1, prec);
+  arb_log(u.v, z, prec);
+  arb_mul(res, t.v, u.v, prec);
+  arb_sub_ui(t.v, b, 1, prec);
+  arb_log(u.v, zc, prec);
+  arb_addmul(res, t.v, u.v, prec);
+  LogBeta(t.v, a, b, prec);
+  arb_sub(res, res, t.v, prec);
+}
+
+void OneMinusBall(arb_t res, const arb_t z, slong prec) {
+  arb_sub_ui(res, z, 1, prec);
+  arb_neg(res, res);
+}
+
+// ---- starting values (double precision) ----
+
+double LogBetaD(double a, double b) {
+  return LogGamma(a) + LogGamma(b) - LogGamma(a + b);
+}
+
+// log x and log(1 - x) of a starting value for the Beta(a, b) quantile whose lower (or,
+// with upper, upper) tail probability is exp(logT): the normal approximation of
+// Abramowitz and Stegun 26.5.22 for a, b > 1, else the leading terms of the tails,
+// I_x(a, b) ~ x^a / (a B(a, b)) near 0 and 1 - I_x(a, b) ~ (1-x)^b / (b B(a, b)) near 1.
+void BetaLogGuess(double a, double b, double logT, bool upper, double* logX, double* log1mX) {
+  if (a > 1 && b > 1) {
+    double y = NormalUpperDeviate(logT);  // P(Z > y) = t
+    if (upper) y = -y;
+    double lambda = (y * y - 3) / 6;
+    double h = 2 / (1 / (2 * a - 1) + 1 / (2 * b - 1));
+    double w = y * std::sqrt(h + lambda) / h -
+               (1 / (2 * b - 1) - 1 / (2 * a - 1)) * (lambda + 5.0 / 6 - 2 / (3 * h));
+    // x = a / (a + b e^(2w))
+    double la = std::log(a), lb = std::log(b) + 2 * w;
+    double m = std::max(la, lb);
+    double lsum = m + std::log(std::exp(la - m) + std::exp(lb - m));
+    *logX = la - lsum;
+    *log1mX = lb - lsum;
+    return;
+  }
+  double lbeta = LogBetaD(a, b);
+  double logLower = upper ? std::log1p(-std::exp(logT)) : logT;
+  double logUpper = upper ? logT : std::log1p(-std::exp(logT));
+  double lx = (logLower + std::log(a) + lbeta) / a;
+  double ly = (logUpper + std::log(b) + lbeta) / b;
+  bool nearZero = upper ? !(ly <= std::log(0.5)) && lx < std::log(0.5) : lx <= std::log(0.5);
+  if (!upper && !nearZero && !(ly < std::log(0.5))) lx = ly = std::log(0.5);
+  if (nearZero) {
+    *logX = lx;
+    *log1mX = std::log1p(-std::exp(lx));
+  } else {
+    *log1mX = ly;
+    *logX = std::log1p(-std::exp(ly));
+  }
+}
+
+// ---- Student t: C(x) = P(|T| <= x) and S(x) = P(|T| >= x) for x >= 0 ----
+
+struct StudentT {
+  const VexaFloat& df;
+  // w = x^2 / (df + x^2) and 1 - w = df / (df + x^2) at a ball x
+  void Weights(arb_t half, arb_t halfDf, arb_t w, arb_t wc, const arb_t x, slong prec) const {
+    Ball n, s;
+    ToBall(n.v, df, prec);
+    arb_mul(w, x, x, prec);
+    arb_add(s.v, n.v, w, prec);
+    arb_div(w, w, s.v, prec);
+    arb_div(wc, n.v, s.v, prec);
+    arb_mul_2exp_si(halfDf, n.v, -1);
+    arb_set_d(half, 0.5);
+  }
+  void Confidence(arb_t res, const arb_t x, slong prec) const {
+    Ball h, hd, w, wc;
+    Weights(h.v, hd.v, w.v, wc.v, x, prec);
+    BetaLower(res, h.v, hd.v, w.v, wc.v, prec);
+  }
+  void Significance(arb_t res, const arb_t x, slong prec) const {
+    Ball h, hd, w, wc;
+    Weights(h.v, hd.v, w.v, wc.v, x, prec);
+    BetaUpper(res, h.v, hd.v, w.v, wc.v, prec);
+  }
+  // the density at x
+  void Density(arb_t res, const arb_t x, slong prec) const {
+    Ball n, t, u;
+    ToBall(n.v, df, prec);
+    LogConstant(res, prec);
+    arb_mul(t.v, x, x, prec);
+    arb_div(t.v, t.v, n.v, prec);
+    arb_log1p(t.v, t.v, prec);
+    arb_add_ui(u.v, n.v, 1, prec);
+    arb_mul_2exp_si(u.v, u.v, -1);
+    arb_submul(res, t.v, u.v, prec);
+    arb_exp(res, res, prec);
+  }
+  // log of the density at 0: lgamma((df+1)/2) - lgamma(df/2) - log(df pi) / 2
+  void LogConstant(arb_t res, slong prec) const {
+    Ball n, t;
+    ToBall(n.v, df, prec);
+    arb_add_ui(t.v, n.v, 1, prec);
+    arb_mul_2exp_si(t.v, t.v, -1);
+    arb_hypgeom_lgamma(res, t.v, prec);
+    arb_mul_2exp_si(t.v, n.v, -1);
+    arb_hypgeom_lgamma(t.v, t.v, prec);
+    arb_sub(res, res, t.v, prec);
+    arb_const_pi(t.v, prec);
+    arb_mul(t.v, t.v, n.v, prec);
+    arb_log(t.v, t.v, prec);
+    arb_mul_2exp_si(t.v, t.v, -1);
+    arb_sub(res, res, t.v, prec);
+  }
+};
+
+double LogTConstant(double nu) {
+  return LogGamma((nu + 1) / 2) - LogGamma(nu / 2) - 0.5 * std::log(nu * M_PI);
+}
+
+// The x >= 0 with P(T >= x) = q (0 < q < 1/2). Far from the centre the inversion is of
+// S(x) / 2 = q; near it of C(x) = 1 - 2q, which keeps the relative accuracy of a small x.
+bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, NagError* fail,
+                   const char* routine) {
+  StudentT law{df};
+  double nu = std::stod(VexaFloatToString(df));
+  Inversion inv;
+  double logGuess;
+  VexaFloat t;
+  if (q <= 0.25) {
+    t = q;
+    inv.upper = true;
+    inv.tail = [&](arb_t y, const arb_t z, slong prec) {
+      law.Significance(y, z, prec);
+      arb_mul_2exp_si(y, y, -1);
+    };
+    inv.density = [&](arb_t y, const arb_t z, slong prec) { law.Density(y, z, prec); };
+    double logQ = LogOf(q);
+    double z = NormalUpperDeviate(logQ);
+    double cornishFisher = z + (z * z * z + z) / (4 * nu) +
+                           (5 * std::pow(z, 5) + 16 * z * z * z + 3 * z) / (96 * nu * nu);
+    // far tail: P(T >= x) ~ c df^((df-1)/2) x^-df
+    double tailGuess = (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
+    logGuess = nu >= 5 || q > 0.1 ? std::log(std::max(cornishFisher, 1e-3)) : tailGuess;
+  } else {
+    t = OneMinus(Twice(q));
+    inv.tail = [&](arb_t y, const arb_t z, slong prec) { law.Confidence(y, z, prec); };
+    inv.density = [&](arb_t y, const arb_t z, slong prec) {
+      law.Density(y, z, prec);
+      arb_mul_2exp_si(y, y, 1);
+    };
+    logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);
+  }
+  return Invert(inv, t, logGuess, x, fail, routine);
+}
+
+// ---- F: z = df1 f / (df1 f + df2), 1 - z = df2 / (df1 f + df2) ----
+
+struct FRatio {
+  const VexaFloat& df1;
+  const VexaFloat& df2;
+  void Setup(arb_t a, arb_t b, arb_t z, arb_t zc, const arb_t f, slong prec) const {
+    Ball s;
+    ToBall(a, df1, prec);
+    ToBall(b, df2, prec);
+    arb_mul(z, a, f, prec);
+    arb_add(s.v, z, b, prec);
+    arb_div(z, z, s.v, prec);
+    arb_div(zc, b, s.v, prec);
+    arb_mul_2exp_si(a, a, -1);
+    arb_mul_2exp_si(b, b, -1);
+  }
+  void Tail(arb_t res, const arb_t f, bool upper, slong prec) const {
+    Ball a, b, z, zc;
+    Setup(a.v, b.v, z.v, zc.v, f, prec);
+    if (upper)
+      BetaUpper(res, a.v, b.v, z.v, zc.v, prec);
+    else
+      BetaLower(res, a.v, b.v, z.v, zc.v, prec);
+  }
+  // density: beta density at z times dz/df = df1 df2 / (df1 f + df2)^2
+  void Density(arb_t res, const arb_t f, slong prec) const {
+    Ball a, b, z, zc, t, u;
+    Setup(a.v, b.v, z.v, zc.v, f, prec);
+    LogBetaDensity(res, a.v, b.v, z.v, zc.v, prec);
+    // log(dz/df) = log(df1 df2) - 2 log(df1 f + df2) = 2 log(zc) + log(df1 / df2)
+    arb_log(t.v, zc.v, prec);
+    arb_mul_2exp_si(t.v, t.v, 1);
+    arb_add(res, res, t.v, prec);
+    arb_div(u.v, a.v, b.v, prec);
+    arb_log(u.v, u.v, prec);
+    arb_add(res, res, u.v, prec);
+    arb_exp(res, res, prec);
+  }
+};
+
+// The Beta(a, b) quantile at lower probability p; the answer near 1 is found as 1 - y.
+bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFloat* x,
+                 NagError* fail, const char* routine) {
+  bool upper = p > 0.5;
+  VexaFloat t = upper ? OneMinus(p) : p;
+  double ad = std::stod(VexaFloatToString(a)), bd = std::stod(VexaFloatToString(b));
+  double logX, log1mX;
+  BetaLogGuess(ad, bd, LogOf(t), upper, &logX, &log1mX);
+  Inversion inv;
+  inv.ymax = 1;
+  inv.reflect = logX > std::log(0.5);
+  // y = x, or y = 1 - x ~ Beta(b, a) whose tails are those of x swapped
+  const VexaFloat& ya = inv.reflect ? b : a;
+  const VexaFloat& yb = inv.reflect ? a : b;
+  inv.upper = upper != inv.reflect;
+  inv.tail = [&](arb_t res, const arb_t y, slong prec) {
+    Ball sa, sb, yc;
+    ToBall(sa.v, ya, prec);
+    ToBall(sb.v, yb, prec);
+    OneMinusBall(yc.v, y, prec);
+    if (inv.upper)
+      BetaUpper(res, sa.v, sb.v, y, yc.v, prec);
+    else
+      BetaLower(res, sa.v, sb.v, y, yc.v, prec);
+  };
+  inv.density = [&](arb_t res, const arb_t y, slong prec) {
+    Ball sa, sb, yc;
+    ToBall(sa.v, ya, prec);
+    ToBall(sb.v, yb, prec);
+    OneMinusBall(yc.v, y, prec);
+    LogBetaDensity(res, sa.v, sb.v, y, yc.v, prec);
+    arb_exp(res, res, prec);
+  };
+  return Invert(inv, t, inv.reflect ? log1mX : logX, x, fail, routine);
+}
+
+bool CheckDf(NagError* fail, const char* routine, const char* name, const VexaFloat& df) {
+  return CheckPositive(fail, routine, name, df, 2 * kMaxShape);
+}
+
+}  // namespace
+}  // namespace vexa
+
+using namespace vexa;
+
+VexaFloat VexaMP_g01ebc(Nag_TailProbability tail, VexaFloat t, VexaFloat df, NagError* fail) {
+  const char* routine = "VexaMP_g01ebc";
+  Succeed(fail);
+  if (!CheckTail(fail, routine, tail) || !CheckFinite(fail, routine, "t", t) ||
+      !CheckDf(fail, routine, "df", df))
+    return 0;
+  if (t == 0) return tail == Nag_TwoTailSignif ? 1 : tail == Nag_TwoTailConfid ? 0 : 0.5;
+  StudentT law{df};
+  bool negative = t < 0;
+  VexaFloat x = fabs(t);
+  return Ziv(
+      [&](arb_t y, slong prec) {
+        Ball xb;
+        ToBall(xb.v, x, prec);
+        bool upperSide = tail == Nag_UpperTail;
+        switch (tail) {
+          case Nag_TwoTailSignif:
+            law.Significance(y, xb.v, prec);
+            break;
+          case Nag_TwoTailConfid:
+            law.Confidence(y, xb.v, prec);
+            break;
+          default:
+            // the tail away from t is S/2, the tail containing the centre (1 + C)/2
+            if (upperSide != negative) {
+              law.Significance(y, xb.v, prec);
+            } else {
+              law.Confidence(y, xb.v, prec);
+              arb_add_ui(y, y, 1, prec);
+            }
+            arb_mul_2exp_si(y, y, -1);
+        }
+      },
+      kExtraBits);
+}
+
+VexaFloat VexaMP_g01edc(Nag_TailProbability tail, VexaFloat f, VexaFloat df1, VexaFloat df2,
+                        NagError* fail) {
+  const char* routine = "VexaMP_g01edc";
+  Succeed(fail);
+  if (!CheckTail(fail, routine, tail) || !CheckNonNegative(fail, routine, "f", f) ||
+      !CheckDf(fail, routine, "df1", df1) || !CheckDf(fail, routine, "df2", df2))
+    return 0;
+  if (f == 0) return tail == Nag_UpperTail || tail == Nag_TwoTailConfid ? 1 : 0;
+  FRatio law{df1, df2};
+  auto side = [&](bool upper) {
+    return [&law, &f, upper](arb_t y, slong prec) {
+      Ball fb;
+      ToBall(fb.v, f, prec);
+      law.Tail(y, fb.v, upper, prec);
+    };
+  };
+  return OneSidedTail(tail, side(false), side(true));
+}
+
+void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, VexaFloat* p,
+                   VexaFloat* q, VexaFloat* pdf, NagError* fail) {
+  const char* routine = "VexaMP_g01eec";
+  Succeed(fail);
+  *p = *q = *pdf = 0;
+  if (!CheckNonNegative(fail, routine, "x", x)) return;
+  if (x > 1) {
+    Fail(fail, NE_REAL_ARG_GT, routine, Shows("x", x), "0 <= x <= 1");
+    return;
+  }
+  if (!CheckPositive(fail, routine, "a", a, kMaxShape) ||
+      !CheckPositive(fail, routine, "b", b, kMaxShape))
+    return;
+  // at an end of the support the density is 0, 1 / B(a, b) or infinite as the shape is
+  // above, at or below 1
+  if (x == 0 || x == 1) {
+    const VexaFloat& shape = x == 0 ? a : b;
+    const VexaFloat& other = x == 0 ? b : a;
+    *p = x == 0 ? 0 : 1;
+    *q = x == 0 ? 1 : 0;
+    *pdf = shape < 1 ? VexaFloatInfinity(1) : shape == 1 ? other + VexaFloat() : VexaFloat(0);
+    return;
+  }
+  VexaFloat xc = OneMinus(x);
+  auto balls = [&](arb_t sa, arb_t sb, arb_t z, arb_t zc, slong prec) {
+    ToBall(sa, a, prec);
+    ToBall(sb, b, prec);
+    ToBall(z, x, prec);
+    ToBall(zc, xc, prec);
+  };
+  *p = Ziv(
+      [&](arb_t y, slong prec) {
+        Ball sa, sb, z, zc;
+        balls(sa.v, sb.v, z.v, zc.v, prec);
+        BetaLower(y, sa.v, sb.v, z.v, zc.v, prec);
+      },
+      kExtraBits);
+  *q = Ziv(
+      [&](arb_t y, slong prec) {
+        Ball sa, sb, z, zc;
+        balls(sa.v, sb.v, z.v, zc.v, prec);
+        BetaUpper(y, sa.v, sb.v, z.v, zc.v, prec);
+      },
+      kExtraBits);
+  *pdf = Ziv(
+      [&](arb_t y, slong prec) {
+        Ball sa, sb, z, zc;
+        balls(sa.v, sb.v, z.v, zc.v, prec);
+        LogBetaDensity(y, sa.v, sb.v, z.v, zc.v, prec);
+        arb_exp(y, y, prec);
+      },
+      kExtraBits);
+}
+
+VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df, NagError* fail) {
+  const char* routine = "VexaMP_g01fbc";
+  Succeed(fail);
+  if (!CheckTail(fail, routine, tail) || !CheckProbability(fail, routine, p) ||
+      !CheckDf(fail, routine, "df", df))
+    return 0;
+  // q = P(T >= |x|) for the x sought, and the sign of x
+  VexaFloat q;
+  switch (tail) {
+    case Nag_LowerTail:
+      q = OneMinus(p);
+      break;
+    case Nag_UpperTail:
+      q = p;
+      break;
+    case Nag_TwoTailSignif:
+      q = Half(p);
+      break;
+    default:
+      q = Half(OneMinus(p));
+  }
+  int sign = 1;
+  if (q > 0.5) {
+    q = OneMinus(q);
+    sign = -1;
+  }
+  if (q == 0.5) return 0;
+  VexaFloat x;
+  if (!TUpperDeviate(df, q, &x, fail, routine)) return 0;
+  return sign < 0 ? -x : x;
+}
+
+VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fail) {
+  const char* routine = "VexaMP_g01fdc";
+  Succeed(fail);
+  if (!CheckProbability(fail, routine, p) || !CheckDf(fail, routine, "df1", df1) ||
+      !CheckDf(fail, routine, "df2", df2))
+    return 0;
+  bool upper = p > 0.5;
+  VexaFloat t = upper ? OneMinus(p) : p;
+  FRatio law{df1, df2};
+  Inversion inv;
+  inv.upper = upper;
+  inv.tail = [&](arb_t y, const arb_t f, slong prec) { law.Tail(y, f, upper, prec); };
+  inv.density = [&](arb_t y, const arb_t f, slong prec) { law.Density(y, f, prec); };
+  // from a beta starting value: f = (df2 / df1) x / (1 - x)
+  double d1 = std::stod(VexaFloatToString(df1)), d2 = std::stod(VexaFloatToString(df2));
+  double logX, log1mX;
+  BetaLogGuess(d1 / 2, d2 / 2, LogOf(t), upper, &logX, &log1mX);
+  VexaFloat x;
+  if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, fail, routine)) return 0;
+  return x;
+}
+
+VexaFloat VexaMP_g01fec(VexaFloat p, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, NagError* fail) {
+  const char* routine = "VexaMP_g01fec";
+  Succeed(fail);
+  if (!CheckProbability(fail, routine, p) || !CheckPositive(fail, routine, "a", a, kMaxShape) ||
+      !CheckPositive(fail, routine, "b", b, kMaxShape))
+    return 0;
+  VexaFloat x;
+  return BetaDeviate(p, a, b, &x, fail, routine) ? x : 0;
+}

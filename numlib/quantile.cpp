@@ -1,0 +1,404 @@
+// Argument checks, exact complements, starting values and the inversion of ball tail
+// functions. The inversion runs Newton's method on g(u) = log T(e^u) - log t (which keeps
+// its relative accuracy far out in a tail), first in double steps safeguarded by a bracket,
+// then at doubling precision; the rounding is decided by the boundary test: the tail at the
+// midpoints between the rounded candidate and its neighbours must bracket t.
+#include "numlib/quantile.h"
+
+#include <mpfr.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "float/float_node.h"
+
+namespace vexa {
+
+bool CheckTail(NagError* fail, const char* routine, Nag_TailProbability tail) {
+  if (tail == Nag_LowerTail || tail == Nag_UpperTail || tail == Nag_TwoTailSignif ||
+      tail == Nag_TwoTailConfid)
+    return true;
+  return Fail(fail, NE_BAD_PARAM, routine, Shows("tail", static_cast<long>(tail)),
+              "tail is Nag_LowerTail, Nag_UpperTail, Nag_TwoTailSignif or Nag_TwoTailConfid");
+}
+
+bool CheckFinite(NagError* fail, const char* routine, const char* name, const VexaFloat& v) {
+  if (!IsVexaFloatUndefined(v) && !IsVexaFloatInfinity(v) && !IsVexaFloatNegativeInfinity(v))
+    return true;
+  return Fail(fail, NE_REAL_ARG, routine, Shows(name, v), std::string(name) + " is finite");
+}
+
+bool CheckPositive(NagError* fail, const char* routine, const char* name, const VexaFloat& v,
+                   long most) {
+  if (!CheckFinite(fail, routine, name, v)) return false;
+  std::string constraint = "0 < " + std::string(name);
+  if (most > 0) constraint += " <= " + std::to_string(most);
+  if (v <= 0) return Fail(fail, NE_REAL_ARG_LE, routine, Shows(name, v), constraint);
+  if (most > 0 && v > most) return Fail(fail, NE_REAL_ARG_GT, routine, Shows(name, v), constraint);
+  return true;
+}
+
+bool CheckProbability(NagError* fail, const char* routine, const VexaFloat& p) {
+  if (!CheckFinite(fail, routine, "p", p)) return false;
+  if (p <= 0) return Fail(fail, NE_REAL_ARG_LE, routine, Shows("p", p), "0 < p < 1");
+  if (p >= 1) return Fail(fail, NE_REAL_ARG_GE, routine, Shows("p", p), "0 < p < 1");
+  return true;
+}
+
+bool CheckNonNegative(NagError* fail, const char* routine, const char* name, const VexaFloat& v) {
+  if (!CheckFinite(fail, routine, name, v)) return false;
+  if (v < 0)
+    return Fail(fail, NE_REAL_ARG_LT, routine, Shows(name, v), std::string(name) + " >= 0");
+  return true;
+}
+
+VexaFloat OneMinus(const VexaFloat& p) {
+  mpz_t m, one;
+  int64_t e;
+  mpz_init(m);
+  mpz_init_set_ui(one, 1);
+  FloatToMpz(p, m, &e);
+  if (e < 0)
+    mpz_ui_pow_ui(one, 10, static_cast<unsigned long>(-e));
+  else if (e > 0) {
+    mpz_t scale;
+    mpz_init(scale);
+    mpz_ui_pow_ui(scale, 10, static_cast<unsigned long>(e));
+    mpz_mul(m, m, scale);
+    mpz_clear(scale);
+  }
+  mpz_sub(one, one, m);
+  VexaFloat r = FloatFromMpz(one, e < 0 ? e : 0, 0);
+  mpz_clear(m);
+  mpz_clear(one);
+  return r;
+}
+
+VexaFloat Half(const VexaFloat& p) {
+  mpz_t m;
+  int64_t e;
+  mpz_init(m);
+  FloatToMpz(p, m, &e);
+  mpz_mul_ui(m, m, 5);
+  VexaFloat r = FloatFromMpz(m, e - 1, 0);
+  mpz_clear(m);
+  return r;
+}
+
+VexaFloat Twice(const VexaFloat& p) {
+  mpz_t m;
+  int64_t e;
+  mpz_init(m);
+  FloatToMpz(p, m, &e);
+  mpz_mul_2exp(m, m, 1);
+  VexaFloat r = FloatFromMpz(m, e, 0);
+  mpz_clear(m);
+  return r;
+}
+
+double LogOf(const VexaFloat& p) {
+  mpz_t m;
+  int64_t e;
+  mpz_init(m);
+  FloatToMpz(p, m, &e);
+  long k;
+  double d = mpz_get_d_2exp(&k, m);
+  mpz_clear(m);
+  return std::log(d) + k * std::log(2.0) + e * std::log(10.0);
+}
+
+namespace {
+
+// Acklam's rational approximation of the lower normal quantile (relative error ~1e-9).
+double AcklamLower(double p) {
+  static const double a[] = {-3.969683028665376e+01, 2.209460984245205e+02,  -2.759285104469687e+02,
+                             1.383577518672690e+02,  -3.066479806614716e+01, 2.506628277459239e+00};
+  static const double b[] = {-5.447609879822406e+01, 1.615858368580409e+02, -1.556989798598866e+02,
+                             6.680131188771972e+01, -1.328068155288572e+01};
+  static const double c[] = {-7.784894002430293e-03, -3.223964580411365e-01, -2.400758277161838e+00,
+                             -2.549732539343734e+00, 4.374664141464968e+00,  2.938163982698783e+00};
+  static const double d[] = {7.784695709041462e-03, 3.224671290700398e-01, 2.445134137142996e+00,
+                             3.754408661907416e+00};
+  const double low = 0.02425;
+  if (p < low || p > 1 - low) {
+    double q = std::sqrt(-2 * std::log(p < low ? p : 1 - p));
+    double z = (((((c[0] * q + c[1]) * q + c[2]) * q + c[3]) * q + c[4]) * q + c[5]) /
+               ((((d[0] * q + d[1]) * q + d[2]) * q + d[3]) * q + 1);
+    return p < low ? z : -z;
+  }
+  double q = p - 0.5, r = q * q;
+  return (((((a[0] * r + a[1]) * r + a[2]) * r + a[3]) * r + a[4]) * r + a[5]) * q /
+         (((((b[0] * r + b[1]) * r + b[2]) * r + b[3]) * r + b[4]) * r + 1);
+}
+
+}  // namespace
+
+double NormalUpperDeviate(double logQ) {
+  if (logQ > -700) return -AcklamLower(std::exp(logQ));
+  // beyond double range: Q(z) ~ phi(z) / z, solved for z by fixed-point steps
+  double z = std::sqrt(-2 * logQ);
+  for (int i = 0; i < 4; ++i) z = std::sqrt(2 * (-logQ - std::log(z) - 0.9189385332046728));
+  return z;
+}
+
+double LogGamma(double a) {
+  return std::lgamma(a);
+}
+
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+// The decimal nearest to the ball's midpoint, at `digits` digits.
+VexaFloat NearestDecimal(const arb_t x, int digits) {
+  mpfr_t m;
+  mpfr_init2(m, std::max<slong>(arf_bits(arb_midref(x)), 2));
+  arf_get_mpfr(m, arb_midref(x), MPFR_RNDN);
+  mpfr_exp_t e;
+  char* s = mpfr_get_str(nullptr, &e, 10, digits, m, MPFR_RNDN);
+  std::string text(s);
+  mpfr_free_str(s);
+  mpfr_clear(m);
+  bool negative = text[0] == '-';
+  if (negative) text.erase(0, 1);
+  return VexaFloatFromString((negative ? "-0." : "0.") + text + "e" + std::to_string(e));
+}
+
+// 10^k as an exact float.
+VexaFloat PowerOfTen(int64_t k, int mantissa = 1) {
+  return VexaFloatFromString(std::to_string(mantissa) + "e" + std::to_string(k));
+}
+
+class Solver {
+ public:
+  Solver(const Inversion& inv, const VexaFloat& t) : inv_(inv), t_(t) {}
+
+  bool Run(double logGuess, VexaFloat* x);
+
+ private:
+  // T at y with at least `need` bits of relative accuracy (raising the precision).
+  bool TailAt(arb_t T, const arb_t y, slong prec, slong need) const {
+    for (slong p = prec; p <= 16 * prec; p *= 2) {
+      inv_.tail(T, y, p);
+      if (arb_rel_accuracy_bits(T) >= need) return true;
+    }
+    return false;
+  }
+  // g(u) = log T(e^u) - log t and dg/du at the exact point y = mid(e^u).
+  bool Step(const arb_t y, slong prec, slong need, arb_t g, arb_t slope) const;
+  // The x of a ball y, and the ball y of an exact x.
+  void ToX(arb_t x, const arb_t y, slong prec) const;
+  void ToY(arb_t y, const VexaFloat& x, slong prec) const;
+  // -1 when the root lies above x, +1 below, 0 undecided at this precision.
+  int Side(const VexaFloat& x, slong prec) const;
+
+  const Inversion& inv_;
+  VexaFloat t_;
+};
+
+bool Solver::Step(const arb_t y, slong prec, slong need, arb_t g, arb_t slope) const {
+  Ball T, f, logt;
+  if (!TailAt(T.v, y, prec, need) || !arb_is_positive(T.v)) return false;
+  ToBall(logt.v, t_, prec);
+  arb_log(logt.v, logt.v, prec);
+  arb_log(g, T.v, prec);
+  arb_sub(g, g, logt.v, prec);
+  inv_.density(f.v, y, prec);
+  arb_mul(slope, f.v, y, prec);
+  arb_div(slope, slope, T.v, prec);
+  if (inv_.upper) arb_neg(slope, slope);
+  return arb_is_finite(g) && arb_is_finite(slope) && !arb_contains_zero(slope);
+}
+
+void Solver::ToX(arb_t x, const arb_t y, slong prec) const {
+  if (inv_.reflect) {
+    arb_sub_ui(x, y, 1, prec);
+    arb_neg(x, x);
+  } else {
+    Ball s;
+    ToBall(s.v, inv_.scale, prec);
+    arb_mul(x, y, s.v, prec);
+  }
+}
+
+void Solver::ToY(arb_t y, const VexaFloat& x, slong prec) const {
+  if (inv_.reflect) {
+    ToBall(y, OneMinus(x), prec);
+  } else {
+    Ball s;
+    ToBall(y, x, prec);
+    ToBall(s.v, inv_.scale, prec);
+    arb_div(y, y, s.v, prec);
+  }
+}
+
+int Solver::Side(const VexaFloat& x, slong prec) const {
+  Ball y, T, tb;
+  ToY(y.v, x, prec);
+  // G(x) = T(y(x)) - t increases with x when the tail and the reflection agree
+  int direction = inv_.upper == inv_.reflect ? 1 : -1;
+  int sign;
+  Ball bound;
+  arb_set_d(bound.v, inv_.ymax);
+  if (arb_is_nonpositive(y.v)) {
+    sign = inv_.upper ? 1 : -1;  // T(0) is 1 for an upper tail, 0 for a lower one
+  } else if (inv_.ymax > 0 && arb_ge(y.v, bound.v)) {
+    sign = inv_.upper ? -1 : 1;
+  } else {
+    if (!arb_is_positive(y.v)) return 0;
+    inv_.tail(T.v, y.v, prec);
+    ToBall(tb.v, t_, prec);
+    if (arb_lt(T.v, tb.v))
+      sign = -1;
+    else if (arb_gt(T.v, tb.v))
+      sign = 1;
+    else
+      return 0;
+  }
+  return sign * direction;
+}
+
+bool Solver::Run(double logGuess, VexaFloat* x) {
+  const int digits = VexaDigits();
+  const slong target = static_cast<slong>(digits * kLog2Of10) + 20;
+  Ball y, g, slope, u;
+
+  // Double steps at 64 bits, kept inside a bracket of u = log y.
+  double lo = -kInf, hi = inv_.ymax > 0 ? std::log(inv_.ymax) : kInf;
+  double v = std::isfinite(logGuess) ? logGuess : 0;
+  if (v >= hi) v = hi - 0.7;
+  bool converged = false;
+  for (int iter = 0; iter < 400 && !converged; ++iter) {
+    arb_set_d(u.v, v);
+    arb_exp(y.v, u.v, 64);
+    arb_get_mid_arb(y.v, y.v);
+    double next;
+    if (Step(y.v, 64, 40, g.v, slope.v)) {
+      double gd = arf_get_d(arb_midref(g.v), ARF_RND_NEAR);
+      double sd = arf_get_d(arb_midref(slope.v), ARF_RND_NEAR);
+      if (gd == 0) break;
+      if ((gd > 0) == (sd > 0))
+        hi = std::min(hi, v);
+      else
+        lo = std::max(lo, v);
+      double du = gd / sd;
+      if (du > 16) du = 16;
+      if (du < -16) du = -16;
+      next = v - du;
+      if (std::fabs(du) < 1e-13 * std::max(1.0, std::fabs(v))) converged = true;
+    } else {
+      next = -kInf;  // the tail cannot be evaluated here: bisect toward the bracket
+    }
+    if (!(next > lo && next < hi)) {
+      if (std::isfinite(lo) && std::isfinite(hi))
+        next = 0.5 * (lo + hi);
+      else if (std::isfinite(lo))
+        next = lo + 2;
+      else if (std::isfinite(hi))
+        next = hi - 2;
+      else
+        return false;
+      converged = false;
+      if (hi - lo < 1e-14 * std::max(1.0, std::fabs(lo))) converged = true;
+    }
+    v = next;
+  }
+  if (!converged) return false;
+
+  // Newton at doubling precision: each step about doubles the correct bits of u.
+  arb_set_d(u.v, v);
+  slong bits = 40;
+  for (int iter = 0; bits < target; ++iter) {
+    if (iter > 40) return false;
+    slong prec = std::min(2 * bits + 32, target + 32);
+    arb_exp(y.v, u.v, prec);
+    arb_get_mid_arb(y.v, y.v);
+    if (!Step(y.v, prec, std::min(prec - 8, 2 * bits + 24), g.v, slope.v)) return false;
+    Ball du;
+    arb_div(du.v, g.v, slope.v, prec);
+    arb_get_mid_arb(du.v, du.v);
+    arb_sub(u.v, u.v, du.v, prec);
+    arb_get_mid_arb(u.v, u.v);
+    if (arb_is_zero(du.v)) {
+      bits = prec - 16;
+    } else {
+      slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
+      bits = std::min(2 * e - 6, prec - 16);
+    }
+  }
+
+  // Rounding boundary test.
+  slong prec = target + 32;
+  arb_exp(y.v, u.v, prec);
+  Ball xb;
+  ToX(xb.v, y.v, prec);
+  VexaFloat c = NearestDecimal(xb.v, digits);
+  for (int moves = 0; moves < 8; ++moves) {
+    VexaFloat mlo, mhi;
+    {
+      VexaDigitsScope wide(digits + 4);
+      int64_t top = Top(AsFloatNode(c.Handle()));
+      mhi = c + PowerOfTen(top - digits - 1, 5);
+      bool decadeStart = c == PowerOfTen(top - 1);
+      mlo = c - PowerOfTen(top - digits - (decadeStart ? 2 : 1), 5);
+    }
+    int sideLo = 0, sideHi = 0;
+    for (slong p = prec; p <= 256 * prec && (sideLo == 0 || sideHi == 0); p *= 2) {
+      if (sideLo == 0) sideLo = Side(mlo, p);
+      if (sideHi == 0) sideHi = Side(mhi, p);
+    }
+    if (sideHi < 0) {  // the root lies above the upper midpoint
+      VexaDigitsScope wide(digits);
+      c = 2 * mhi - c;
+      continue;
+    }
+    if (sideLo > 0) {
+      VexaDigitsScope wide(digits);
+      c = 2 * mlo - c;
+      continue;
+    }
+    // both sides bracket the root, or a midpoint is an exact tie that no precision decides
+    *x = c;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x, NagError* fail,
+            const char* routine) {
+  Solver solver(inv, t);
+  if (solver.Run(logGuess, x)) return true;
+  Fail(fail, NE_CONV, routine, Shows("p", t), "the inversion converges (it did not here)");
+  return false;
+}
+
+VexaFloat OneSidedTail(Nag_TailProbability tail, const BallFunction& lower,
+                       const BallFunction& upper) {
+  const slong extra = 12;
+  switch (tail) {
+    case Nag_LowerTail:
+      return Ziv(lower, extra);
+    case Nag_UpperTail:
+      return Ziv(upper, extra);
+    default:
+      return Ziv(
+          [&](arb_t y, slong prec) {
+            Ball l, u;
+            lower(l.v, prec);
+            upper(u.v, prec);
+            if (tail == Nag_TwoTailSignif) {
+              arb_min(y, l.v, u.v, prec);
+              arb_mul_2exp_si(y, y, 1);
+            } else {
+              arb_sub(y, l.v, u.v, prec);
+              arb_abs(y, y);
+            }
+          },
+          extra);
+  }
+}
+
+}  // namespace vexa

@@ -1,0 +1,68 @@
+// Shared machinery of the continuous probability and deviate routines: argument checks,
+// exact decimal complements, double-precision starting values and the inversion of a ball
+// tail function (log-Newton at doubling precision, then the rounding boundary test).
+#ifndef VEXA_NUMLIB_QUANTILE_H
+#define VEXA_NUMLIB_QUANTILE_H
+
+#include <arb.h>
+
+#include <functional>
+
+#include "float/ball.h"
+#include "numlib/failure.h"
+#include "vexa/nag.h"
+
+namespace vexa {
+
+// ---- Argument checks: each fills *fail and returns false when the argument is bad. ----
+bool CheckTail(NagError* fail, const char* routine, Nag_TailProbability tail);
+bool CheckFinite(NagError* fail, const char* routine, const char* name, const VexaFloat& v);
+// 0 < v <= most (most 0: no upper bound)
+bool CheckPositive(NagError* fail, const char* routine, const char* name, const VexaFloat& v,
+                   long most);
+// 0 < p < 1
+bool CheckProbability(NagError* fail, const char* routine, const VexaFloat& p);
+// v >= 0
+bool CheckNonNegative(NagError* fail, const char* routine, const char* name, const VexaFloat& v);
+
+// ---- Exact decimal arithmetic on probabilities. ----
+VexaFloat OneMinus(const VexaFloat& p);  // 1 - p, every digit kept
+VexaFloat Half(const VexaFloat& p);      // p / 2, every digit kept
+VexaFloat Twice(const VexaFloat& p);     // 2 p, every digit kept
+double LogOf(const VexaFloat& p);        // log p in double (p > 0, any exponent)
+
+// ---- Double-precision starting values. ----
+// The standard normal z with P(Z > z) = exp(logQ) (logQ <= log 1/2 gives z >= 0; any logQ < 0).
+double NormalUpperDeviate(double logQ);
+double LogGamma(double a);
+// Largest shape parameter (and half the largest degrees of freedom) the routines accept.
+constexpr long kMaxShape = 1000000;
+
+// The results of a family's tails as balls: y = tail at the point z, at prec bits.
+using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
+
+// A tail probability T(y) of a distribution on y > 0 (below ymax), to be solved for T(y) = t.
+// The answer is x = y * scale, or x = 1 - y when reflected (y then measures the distance
+// from 1, so that x near 1 keeps its digits).
+struct Inversion {
+  BallTail tail;       // T(y)
+  BallTail density;    // |dT/dy| >= 0
+  bool upper = false;  // T decreases with y
+  double ymax = 0;     // support bound of y (0: unbounded)
+  bool reflect = false;
+  VexaFloat scale = VexaFloat(1);
+};
+
+// The correctly rounded x with T(y(x)) = t (0 < t < 1), starting from y = exp(logGuess).
+// False (with fail filled) if the iteration cannot be brought to converge.
+bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x, NagError* fail,
+            const char* routine);
+
+// The requested tail from the two one-sided tails: lower, upper, 2 min(lower, upper) and
+// |lower - upper| = 1 - 2 min(lower, upper).
+VexaFloat OneSidedTail(Nag_TailProbability tail, const BallFunction& lower,
+                       const BallFunction& upper);
+
+}  // namespace vexa
+
+#endif
