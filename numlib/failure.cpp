@@ -18,7 +18,9 @@ bool Fail(NagError* fail, int code, const char* routine, const std::string& what
 }
 
 std::string Shows(const char* name, const VexaFloat& value) {
-  return std::string(name) + " = " + VexaFloatToString(value);
+  std::string text = VexaFloatToString(value);
+  if (text.back() == '.') text.pop_back();  // "2", not "2." before the sentence's own stop
+  return std::string(name) + " = " + text;
 }
 
 std::string Shows(const char* name, long value) {
