@@ -13,13 +13,51 @@
 // ---- Tails ----
 // Which tail a probability refers to. Values other than 2, 3 and 4 mean the lower tail.
 enum STATS_PROBABILITY_TYPE_MP : int32_t {
-  STATS_LOWER_TAIL_MP = 1,     // P(X <= x)
-  STATS_UPPER_TAIL_MP = 2,     // P(X >= x)
+  STATS_LOWER_TAIL_MP = 1,       // P(X <= x)
+  STATS_UPPER_TAIL_MP = 2,       // P(X >= x)
   STATS_TWO_TAIL_SIGNIF_MP = 3,  // P(|X| >= |x|)
   STATS_TWO_TAIL_CONFID_MP = 4,  // P(|X| <= |x|)
 };
 Nag_TailProbability STATS_ToNag_TailProbability_MP(STATS_PROBABILITY_TYPE_MP type);
 STATS_PROBABILITY_TYPE_MP ToPROBABILITY_TYPE(Nag_TailProbability tail);
+
+// Raises the numerical library's failure, its own message as the text, when fail holds one.
+void STATS_CheckNagError_MP(VexaKernelVector kv, const NagError& fail);
+// routine(&fail) with a fresh failure record (printing off, no handler); its failure is raised.
+template <class Routine>
+VexaFloat STATS_CallLibrary_MP(VexaKernelVector kv, Routine routine) {
+  NagError fail;
+  VexaFloat r = routine(&fail);
+  STATS_CheckNagError_MP(kv, fail);
+  return r;
+}
+// The tail every distribution passes: the lower one.
+inline Nag_TailProbability STATS_LowerNagTail_MP() {
+  return STATS_ToNag_TailProbability_MP(STATS_LOWER_TAIL_MP);
+}
+
+// ---- Computed by the numerical library (lower tails) ----
+VexaFloat STATS_NormalProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat mu,
+                                     VexaFloat sigma);
+// The library's quantile, refined by Newton steps on the library's probability when Digits
+// exceeds 14.
+VexaFloat STATS_NormalDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat mu, VexaFloat sigma);
+// A rational approximation of the normal quantile (about 3 digits).
+VexaFloat STATS_NormalDeviateApprox_MP(VexaKernelVector kv, VexaFloat p);
+// A normal-based approximation for shape values A and B (neither may be 0.5).
+VexaFloat STATS_NormalWApprox_MP(VexaKernelVector kv, VexaFloat p, VexaFloat A, VexaFloat B);
+VexaFloat STATS_StudentTProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu);
+VexaFloat STATS_StudentTDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu);
+VexaFloat STATS_ChiSquareProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu);
+VexaFloat STATS_ChiSquareDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu);
+VexaFloat STATS_FRatioProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu1,
+                                     VexaFloat nu2);
+VexaFloat STATS_FRatioDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu1, VexaFloat nu2);
+// Shape a, scale b.
+VexaFloat STATS_GammaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_GammaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+VexaFloat STATS_BetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_BetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
 
 // ---- Uniform on [a, b] ----
 VexaFloat STATS_UniformProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);

@@ -15,7 +15,14 @@ namespace {
 
 static_assert(sizeof(VexaFloat) == sizeof(ALGEB), "a sample's data block holds VexaFloat values");
 
-enum class Operation { kProbability, kDeviate, kRandomVariate, kRandomSample, kDeviateApprox, kWApprox };
+enum class Operation {
+  kProbability,
+  kDeviate,
+  kRandomVariate,
+  kRandomSample,
+  kDeviateApprox,
+  kWApprox
+};
 
 // How an entry point takes its arguments.
 enum class Form {
@@ -64,9 +71,9 @@ constexpr Worker kNotAvailable = {-1, nullptr};
 struct EntryRow {
   const char* name;  // the entry point's name less STATS_ and _MP
   Operation operation;
-  int count;             // the argument count the host must pass
-  int otherCount;        // a second accepted count, or 0
-  const char* message;   // the arity message; nullptr: formed from name and count
+  int count;            // the argument count the host must pass
+  int otherCount;       // a second accepted count, or 0
+  const char* message;  // the arity message; nullptr: formed from name and count
   Worker worker;
   Form form;
   void (*check)(const STATS_VexaEntry_MP&);  // further argument checks, or nullptr
@@ -83,7 +90,8 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
   STATS_VexaEntry_MP entry(kv, args, row.name);
   int received = entry.NumArgs();
   if (received != row.count && (row.otherCount == 0 || received != row.otherCount))
-    entry.RaiseArity(row.message ? row.message : STATS_VexaEntry_MP::ArityMessage(row.name, row.count));
+    entry.RaiseArity(row.message ? row.message
+                                 : STATS_VexaEntry_MP::ArityMessage(row.name, row.count));
   if (row.check) row.check(entry);
   if (row.form == Form::kOpaque) RaiseNotAvailable(kv, row);
 
@@ -100,9 +108,8 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
     if (!row.worker.call) RaiseNotAvailable(kv, row);
     return entry.Result(row.worker.call(kv, values));
   }
-  ALGEB out = row.form == Form::kOutputArray
-                  ? STATS_CreateRandomSample_MP(kv, entry.Arg(1))
-                  : STATS_CreateRandomSample_MP(kv, n, ToVexaNULL(kv));
+  ALGEB out = row.form == Form::kOutputArray ? STATS_CreateRandomSample_MP(kv, entry.Arg(1))
+                                             : STATS_CreateRandomSample_MP(kv, n, ToVexaNULL(kv));
   if (row.form == Form::kOutputArray) n = static_cast<int>(RTableNumElements(kv, out));
   VexaFloat* data = static_cast<VexaFloat*>(RTableDataBlock(kv, out));
   for (int i = 0; i < n; ++i) {
@@ -130,11 +137,11 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
 
 }  // namespace
 
-#define STATS_ENTRY(Dist, Op, Count, OtherCount, Message, Worker, Form, Check)                  \
-  extern "C" ALGEB STATS_Vexa##Dist##Op##_MP(VexaKernelVector kv, ALGEB args) {               \
-    static const EntryRow row = {"Vexa" #Dist #Op, Operation::k##Op, Count, OtherCount, Message, \
-                                 Worker,           Form,               Check};                   \
-    return RunEntry(kv, args, row);                                                            \
+#define STATS_ENTRY(Dist, Op, Count, OtherCount, Message, Worker, Form, Check)          \
+  extern "C" ALGEB STATS_Vexa##Dist##Op##_MP(VexaKernelVector kv, ALGEB args) {         \
+    static const EntryRow row = {"Vexa" #Dist #Op, Operation::k##Op, Count, OtherCount, \
+                                 Message,          Worker,           Form,  Check};     \
+    return RunEntry(kv, args, row);                                                     \
   }
 // The common case: the message formed by the rule, float arguments.
 #define ENTRY(Dist, Op, Count, Worker) \
@@ -144,23 +151,24 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
 // An overloaded worker (the RandomVariate workers) taken with the given signature.
 #define AS(Signature, f) Bound<static_cast<Signature>(&f)>::kWorker
 #define DIST4(Dist, P, D, V, S, ProbabilityWorker, DeviateWorker, VariateWorker) \
-  ENTRY(Dist, Probability, P, ProbabilityWorker)                               \
-  ENTRY(Dist, Deviate, D, DeviateWorker)                                       \
-  ENTRY(Dist, RandomVariate, V, VariateWorker)                                 \
+  ENTRY(Dist, Probability, P, ProbabilityWorker)                                 \
+  ENTRY(Dist, Deviate, D, DeviateWorker)                                         \
+  ENTRY(Dist, RandomVariate, V, VariateWorker)                                   \
   ENTRY(Dist, RandomSample, S, VariateWorker)
 
 using Variate2 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat);
 
 // Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
 DIST4(Bernoulli, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(Beta, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP), MISSING)
 DIST4(Binomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Cauchy, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(ChiSquare, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),
+      MISSING)
 DIST4(DiscreteUniform, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Exponential, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(FRatio, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(Gamma, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP), MISSING)
+DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP), MISSING)
 DIST4(Geometric, 2, 2, 1, 2, MISSING, MISSING, MISSING)
 DIST4(Gumbel, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Hypergeometric, 4, 4, 3, 4, MISSING, MISSING, MISSING)
@@ -174,7 +182,8 @@ DIST4(Pareto, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Poisson, 2, 2, 1, 2, MISSING, MISSING, MISSING)
 DIST4(Power, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Rayleigh, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(StudentT, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
+      MISSING)
 DIST4(Triangular, 4, 4, 3, 4, MISSING, MISSING, MISSING)
 DIST4(Weibull, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 
@@ -186,8 +195,8 @@ ENTRY(Empirical, RandomSample, 4, MISSING)
 STATS_ENTRY(Error, Deviate, 6, 0, nullptr, MISSING, Form::kOpaque, CheckErrorDeviate)
 STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1", MISSING,
             Form::kFloats, nullptr)
-STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1", MISSING,
-            Form::kFloats, nullptr)
+STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1", MISSING, Form::kFloats,
+            nullptr)
 
 STATS_ENTRY(InverseGaussian, RandomVariate, 2, 0,
             "VexaInverseGaussianRandomVariate expects 2 argument, received: %1", MISSING,
@@ -212,17 +221,20 @@ ENTRY(NonCentralStudentT, Probability, 3, MISSING)
 ENTRY(NonCentralStudentT, RandomVariate, 2, MISSING)
 ENTRY(NonCentralStudentT, RandomSample, 3, MISSING)
 
-ENTRY(Normal, Probability, 3, MISSING)
-ENTRY(Normal, Deviate, 3, MISSING)
+ENTRY(Normal, Probability, 3, W(STATS_NormalProbability_MP))
+ENTRY(Normal, Deviate, 3, W(STATS_NormalDeviate_MP))
 ENTRY(Normal, RandomVariate, 2, MISSING)
 STATS_ENTRY(Normal, RandomSample, 3, 0, nullptr, MISSING, Form::kOutputArray, nullptr)
+// Both approximations report the first one's name; the second reads three arguments after
+// checking for one.
 STATS_ENTRY(Normal, DeviateApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
-            MISSING, Form::kFloats, nullptr)
+            W(STATS_NormalDeviateApprox_MP), Form::kFloats, nullptr)
 STATS_ENTRY(Normal, WApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
-            MISSING, Form::kFloats, nullptr)
+            W(STATS_NormalWApprox_MP), Form::kFloats, nullptr)
 
 // The uniform distribution's Probability and Deviate name the RandomVariate entry point.
-STATS_ENTRY(Uniform, Probability, 3, 0, "VexaUniformRandomVariate expects 3 arguments, received: %1",
+STATS_ENTRY(Uniform, Probability, 3, 0,
+            "VexaUniformRandomVariate expects 3 arguments, received: %1",
             W(STATS_UniformProbability_MP), Form::kFloats, nullptr)
 STATS_ENTRY(Uniform, Deviate, 3, 0, "VexaUniformRandomVariate expects 3 arguments, received: %1",
             W(STATS_UniformDeviate_MP), Form::kFloats, nullptr)
