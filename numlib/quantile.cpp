@@ -287,6 +287,11 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
       if (du < -16) du = -16;
       next = v - du;
       if (std::fabs(du) < 1e-13 * std::max(1.0, std::fabs(v))) converged = true;
+      // a small Newton step is trusted even past a bracket end set by a rounded iterate
+      if (std::fabs(du) < 1e-4) {
+        v = next;
+        continue;
+      }
     } else {
       next = -kInf;  // the tail cannot be evaluated here: bisect toward the bracket
     }
