@@ -39,6 +39,11 @@ struct NagError {
 
 // ---- Probabilities (tail as above; one-sided distributions take the two-tailed kinds as
 // twice the smaller tail and its complement). ----
+// Every result is correctly rounded to Digits, tails included (the upper tail is computed
+// directly, never as 1 - P). Arguments: finite; x, f, g >= 0 for chi-square, F and gamma
+// (P(X <= 0) = 0); shapes 0 < a, b <= 10^6 and degrees of freedom 0 < df <= 2 * 10^6;
+// scales b > 0. For the t and normal deviates the tail says which probability p is
+// (two-tailed kinds give x >= 0); the other deviates take the lower tail. 0 < p < 1.
 VexaFloat VexaMP_g01eac(Nag_TailProbability tail, VexaFloat x, NagError* fail);  // normal
 VexaFloat VexaMP_g01ebc(Nag_TailProbability tail, VexaFloat t, VexaFloat df,
                         NagError* fail);  // Student t
