@@ -80,7 +80,9 @@ TEST(Continuous, ReferenceValuesAreCorrectlyRounded) {
   for (const auto& [op, t] : tally)
     std::printf("%-11s %4d cases, worst %s ulp, %d not correctly rounded\n", op.c_str(), t.cases,
                 Show(t.worst).c_str(), t.misses);
-  EXPECT_EQ(tally.size(), 14u);
+  for (const char* op :
+       {"g01eac", "g01ebc", "g01ecc", "g01edc", "g01eec_p", "g01eec_q", "g01eec_pdf", "g01efc"})
+    EXPECT_GT(tally[op].cases, 20) << op;
 }
 
 // A deviate x at `digits` digits is correctly rounded exactly when the distribution function,
