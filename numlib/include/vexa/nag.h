@@ -71,19 +71,33 @@ VexaFloat VexaMP_g01ffc(VexaFloat p, VexaFloat a, VexaFloat b, VexaFloat tol,
                         NagError* fail);  // gamma (shape a, scale b)
 
 // ---- Discrete distributions: *plek = P(X <= k), *pgtk = P(X > k), *peqk = P(X = k). ----
-// Binomial with n trials and success probability p.
+// Each output is correctly rounded to Digits, with full relative accuracy in both tails.
+// Every k >= 0 is accepted: a k outside the support gives the exact values 0 or 1 there
+// (k beyond n gives plek = 1, pgtk = 0, peqk = 0). A failure sets all three outputs to 0.
+// The work grows with the standard deviation (about sd sqrt(Digits) terms at worst), which the
+// variance limits below keep bounded.
+// Binomial with n trials and success probability p: n >= 0, 0 <= p <= 1 (NE_INT_ARG_LT,
+// NE_REAL_ARG_LT / _GT, NE_REAL_ARG for undefined), k >= 0 (NE_INT_ARG_LT), and
+// n p (1 - p) <= 1e10 (NE_REAL_ARG_CONS).
 void VexaMP_g01bjc(long n, VexaFloat p, long k, VexaFloat* plek, VexaFloat* pgtk,
                    VexaFloat* peqk, NagError* fail);
-// Poisson with mean rlamda.
+// Poisson with mean rlamda: 0 < rlamda <= 1e10 (NE_REAL_ARG_LE, NE_REAL_ARG_GT, NE_REAL_ARG
+// when not finite), k >= 0 (NE_INT_ARG_LT).
 void VexaMP_g01bkc(VexaFloat rlamda, long k, VexaFloat* plek, VexaFloat* pgtk, VexaFloat* peqk,
                    NagError* fail);
-// Hypergeometric: k of the m drawn out of n items, l of which are marked.
+// Hypergeometric: k of the m drawn out of n items, l of which are marked. n, l, m, k >= 0
+// (NE_INT_ARG_LT), l <= n and m <= n (NE_INT_ARG_CONS), and the variance
+// l m (n-l) (n-m) / (n^2 (n-1)) <= 1e10 (NE_INT_ARG_CONS). The support is
+// max(0, l+m-n) <= k <= min(l, m).
 void VexaMP_g01blc(long n, long l, long m, long k, VexaFloat* plek, VexaFloat* pgtk,
                    VexaFloat* peqk, NagError* fail);
 
 // ---- Summaries. ----
-// Five-point summary of x[0..n-1]: res = minimum, lower hinge, median, upper hinge,
-// maximum. n < 5 fails with code NE_INT_ARG_LT.
+// Five-point summary of x[0..n-1] (x is not changed): res = minimum, lower hinge, median,
+// upper hinge, maximum. Tukey's hinges: the median at depth (n+1)/2 of the sorted values and
+// each hinge at depth (floor((n+1)/2) + 1)/2 from its end; a depth ending in a half is the
+// mean of the two neighbours. Results are rounded once to Digits. n < 5 fails with code
+// NE_INT_ARG_LT, an undefined x[i] with NE_REAL_ARG; res is then all 0.
 void VexaMP_g01alc(long n, const VexaFloat x[], VexaFloat res[], NagError* fail);
 
 #endif
