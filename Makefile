@@ -10,7 +10,7 @@ BUILD := build
 CMAKE_FLAGS :=
 endif
 
-.PHONY: all deps build test demo bench fuzz clean format
+.PHONY: all deps build test demo bench peers fuzz clean format
 
 all: build
 
@@ -32,6 +32,13 @@ bench: deps
 	@cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON >/dev/null
 	@cmake --build build/bench -j$(JOBS)
 	@scripts/bench build/bench
+
+# Our distribution workers next to Boost.Math over MPFR and mpmath, at Digits 50 and 200.
+peers: deps
+	@scripts/install-deps --bench
+	@cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON >/dev/null
+	@cmake --build build/bench -j$(JOBS) --target peers
+	@bench/peers/run --bin build/bench/bench/peers
 
 # Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120).
 FUZZ_SECONDS ?= 120

@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""Times the peer cases in mpmath at mp.dps 50 and 200, as a typical user would write them:
+ncdf and erfinv for the normal, gammainc and betainc for the others, and the other quantiles
+by findroot (secant) on the cdf from the distribution's mean. Inputs are made before timing.
+Prints one JSON object per run: impl, case, digits, seconds per call, value."""
+
+import argparse
+import json
+import re
+import statistics
+import sys
+import time
+
+import mpmath
+from mpmath import mp, mpf
+
+
+def normal_cdf(x, mu, sigma):
+    return mp.ncdf(x, mu, sigma)
+
+
+def normal_quantile(p, mu, sigma):
+    return mu + sigma * mp.sqrt(2) * mp.erfinv(2 * p - 1)
+
+
+def gamma_cdf(x, a, b):
+    return mp.gammainc(a, 0, x / b, regularized=True)
+
+
+def chisq_cdf(x, nu):
+    return mp.gammainc(nu / 2, 0, x / 2, regularized=True)
+
+
+def beta_cdf(x, a, b):
+    return mp.betainc(a, b, 0, x, regularized=True)
+
+
+def t_cdf(x, nu):
+    tail = mp.betainc(nu / 2, mpf(1) / 2, 0, nu / (nu + x * x), regularized=True) / 2
+    return 1 - tail if x > 0 else tail
+
+
+def f_cdf(x, nu1, nu2):
+    return mp.betainc(nu1 / 2, nu2 / 2, 0, nu1 * x / (nu1 * x + nu2), regularized=True)
+
+
+def by_root(cdf, start):
+    """The quantile p -> x with cdf(x, *params) = p, by findroot from start(*params)."""
+    return lambda p, *params: mp.findroot(lambda x: cdf(x, *params) - p, start(*params))
+
+
+# name, function, inputs: the same cases, names and inputs as the C++ side.
+CASES = [
+    ("normal.cdf(1.96)", normal_cdf, ("1.96", "0", "1")),
+    ("normal.quantile(0.975)", normal_quantile, ("0.975", "0", "1")),
+    ("gamma(2.5,1.5).cdf(3)", gamma_cdf, ("3", "2.5", "1.5")),
+    ("gamma(12,0.5).cdf(7)", gamma_cdf, ("7", "12", "0.5")),
+    ("gamma(2.5,1.5).quantile(0.9)", by_root(gamma_cdf, lambda a, b: a * b), ("0.9", "2.5", "1.5")),
+    ("gamma(12,0.5).quantile(0.05)", by_root(gamma_cdf, lambda a, b: a * b), ("0.05", "12", "0.5")),
+    ("chisq(5).cdf(9)", chisq_cdf, ("9", "5")),
+    ("chisq(5).quantile(0.95)", by_root(chisq_cdf, lambda nu: nu), ("0.95", "5")),
+    ("beta(2.5,3.5).cdf(0.4)", beta_cdf, ("0.4", "2.5", "3.5")),
+    ("beta(12,8).cdf(0.7)", beta_cdf, ("0.7", "12", "8")),
+    ("beta(2.5,3.5).quantile(0.9)", by_root(beta_cdf, lambda a, b: a / (a + b)), ("0.9", "2.5", "3.5")),
+    ("beta(12,8).quantile(0.05)", by_root(beta_cdf, lambda a, b: a / (a + b)), ("0.05", "12", "8")),
+    ("t(10).cdf(2)", t_cdf, ("2", "10")),
+    ("t(10).quantile(0.975)", by_root(t_cdf, lambda nu: mpf(0)), ("0.975", "10")),
+    ("F(5,10).cdf(2.5)", f_cdf, ("2.5", "5", "10")),
+    ("F(5,10).quantile(0.95)", by_root(f_cdf, lambda nu1, nu2: nu2 / (nu2 - 2)), ("0.95", "5", "10")),
+]
+
+
+def time_case(function, args, repetitions, min_time):
+    """Median CPU seconds per call over repetitions, each long enough to last min_time."""
+    calls = 1
+    while True:
+        start = time.process_time()
+        for _ in range(calls):
+            function(*args)
+        elapsed = time.process_time() - start
+        if elapsed >= min_time or calls >= 1 << 20:
+            break
+        calls *= 2 if elapsed <= 0 else max(2, min(10, int(1.5 * min_time / elapsed) + 1))
+    times = [elapsed / calls]
+    for _ in range(repetitions - 1):
+        start = time.process_time()
+        for _ in range(calls):
+            function(*args)
+        times.append((time.process_time() - start) / calls)
+    return statistics.median(times)
+
+
+def main(argv):
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--digits", type=int, nargs="+", default=[50, 200])
+    parser.add_argument("--repetitions", type=int, default=5)
+    parser.add_argument("--min-time", type=float, default=0.5, help="seconds per repetition")
+    parser.add_argument("--filter", default="", help="regular expression on the case name")
+    args = parser.parse_args(argv)
+    for digits in args.digits:
+        for name, function, inputs in CASES:
+            if not re.search(args.filter, name):
+                continue
+            mp.dps = digits
+            values = tuple(mpf(s) for s in inputs)
+            record = {"impl": "mpmath", "case": name, "digits": digits}
+            try:
+                record["value"] = mpmath.nstr(function(*values), digits, strip_zeros=False)
+                record["seconds"] = time_case(function, values, args.repetitions, args.min_time)
+            except (ValueError, ZeroDivisionError, ArithmeticError) as e:
+                record["error"] = str(e)
+            print(json.dumps(record), flush=True)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
