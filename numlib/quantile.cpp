@@ -277,7 +277,10 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
     if (Step(y.v, 64, 40, g.v, slope.v)) {
       double gd = arf_get_d(arb_midref(g.v), ARF_RND_NEAR);
       double sd = arf_get_d(arb_midref(slope.v), ARF_RND_NEAR);
-      if (gd == 0) break;
+      if (gd == 0) {  // already a root to the bits of this stage
+        converged = true;
+        break;
+      }
       if ((gd > 0) == (sd > 0))
         hi = std::min(hi, v);
       else
