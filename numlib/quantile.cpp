@@ -75,26 +75,24 @@ VexaFloat OneMinus(const VexaFloat& p) {
   return r;
 }
 
-VexaFloat Half(const VexaFloat& p) {
+// p * k * 10^shift, exactly.
+VexaFloat Scaled(const VexaFloat& p, unsigned long k, int64_t shift) {
   mpz_t m;
   int64_t e;
   mpz_init(m);
   FloatToMpz(p, m, &e);
-  mpz_mul_ui(m, m, 5);
-  VexaFloat r = FloatFromMpz(m, e - 1, 0);
+  mpz_mul_ui(m, m, k);
+  VexaFloat r = FloatFromMpz(m, e + shift, 0);
   mpz_clear(m);
   return r;
 }
 
+VexaFloat Half(const VexaFloat& p) {
+  return Scaled(p, 5, -1);
+}
+
 VexaFloat Twice(const VexaFloat& p) {
-  mpz_t m;
-  int64_t e;
-  mpz_init(m);
-  FloatToMpz(p, m, &e);
-  mpz_mul_2exp(m, m, 1);
-  VexaFloat r = FloatFromMpz(m, e, 0);
-  mpz_clear(m);
-  return r;
+  return Scaled(p, 2, 0);
 }
 
 double LogOf(const VexaFloat& p) {

@@ -29,6 +29,9 @@ int STATS_DoubleToInteger_MP(VexaFloat x);  // toward zero, saturating
 // "expected vexa float, received %1".
 VexaFloat RTableDataToDouble(VexaKernelVector kv, RTableData d, int datatype);
 
+// Neither undefined nor an infinity.
+bool STATS_IsFinite_MP(const VexaFloat& x);
+
 // True when e is a host software float node: low bit clear and header type 4.
 bool STATS_IsVexaFloatNode_MP(ALGEB e);
 

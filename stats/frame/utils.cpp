@@ -16,11 +16,11 @@ ALGEB ArgumentSequence(VexaKernelVector kv, const STATS_VexaUtils_MP::VexaCallba
   return seq;
 }
 
-bool IsFinite(const VexaFloat& x) {
+}  // namespace
+
+bool STATS_IsFinite_MP(const VexaFloat& x) {
   return !IsVexaFloatUndefined(x) && !IsVexaFloatInfinity(x) && !IsVexaFloatNegativeInfinity(x);
 }
-
-}  // namespace
 
 void STATS_VexaUtils_MP::Initialize(VexaKernelVector kv) {
   gVexaKernelVector = kv;
@@ -82,7 +82,7 @@ VexaFloat STATS_VexaUtils_MP::EvalfVexaProc(VexaCallbackArgs* a) {
   void* res = VexaTrapError(kv, TrapEvalfVexaProc, a, &trapped);
   if (!trapped) {
     const VexaFloat value = *static_cast<const VexaFloat*>(res);
-    if (IsFinite(value)) return value;
+    if (STATS_IsFinite_MP(value)) return value;
   }
   // Once more without a trap: the procedure's own error, if it raised one, surfaces here.
   ALGEB r = EvalVexaProcedure(kv, a->procedure, ArgumentSequence(kv, a));

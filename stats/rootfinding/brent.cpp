@@ -9,26 +9,17 @@
 
 namespace {
 
+using namespace rootfinding;
+
 const char* const kNotBracketed = "root must be bracketed by lower and upper boundaries.";
 const char* const kMaxIterations = "maximum number of iterations exceeded in Brent root finding.";
-const char* const kNotNondecreasing = "specified function is not a nondecreasing function.";
 const char* const kNoConvergence =
     "BrentMethodHybrid was not able to converge on the specified root.";
-const char* const kOutsideBounds =
-    "the specified approximation point must be between function bounds.";
-const char* const kLeftBarrier =
-    "the specified initial point must be greater than the left barrier.";
-const char* const kRightBarrier =
-    "the specified initial point must be less than the right barrier.";
 const char* const kEqualPoints =
     "BrentMethodHybridUnbound requires distinct initial points (InitPoint1 != InitPoint2).";
 
 bool SameStrictSign(const VexaFloat& u, const VexaFloat& v) {
   return (u > 0 && v > 0) || (u < 0 && v < 0);
-}
-
-bool IsFinite(const VexaFloat& x) {
-  return !IsVexaFloatUndefined(x) && !IsVexaFloatInfinity(x) && !IsVexaFloatNegativeInfinity(x);
 }
 
 // b: the best estimate; a: the previous b; c: the far end of the bracket [b, c].
@@ -72,13 +63,8 @@ VexaFloat SecantReaching(VexaKernelVector kv, const VexaFloat& level, const Vexa
   const VexaFloat m = (f1 - f0) / (x1 - x0);
   const VexaFloat c = f0 - m * x0;
   const VexaFloat x = (level - c) / m;
-  if (!IsFinite(x)) VexaRaiseError(kv, kNoConvergence);
+  if (!STATS_IsFinite_MP(x)) VexaRaiseError(kv, kNoConvergence);
   return x;
-}
-
-void CheckBounds(VexaKernelVector kv, const VexaFloat& y, const VexaFloat& fLow,
-                 const VexaFloat& fHigh) {
-  if (y < fLow || y > fHigh) VexaRaiseError(kv, kOutsideBounds);
 }
 
 // Digits raised for the life of the scope, then given back the value the host's assign

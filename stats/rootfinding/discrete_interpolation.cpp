@@ -5,18 +5,13 @@
 
 namespace {
 
+using namespace rootfinding;
+
 const char* const kNotBracketed = "root must be bracketed by left and right barriers.";
 const char* const kMaxIterations =
     "maximum number of iterations exceeded in discrete root finding.";
-const char* const kNotNondecreasing = "specified function is not a nondecreasing function.";
 const char* const kNoConvergence =
     "DiscreteInterpolationHybrid was not able to converge to the specified root.";
-const char* const kOutsideBounds =
-    "the specified approximation point must be between function bounds.";
-const char* const kLeftBarrier =
-    "the specified initial point must be greater than the left barrier.";
-const char* const kRightBarrier =
-    "the specified initial point must be less than the right barrier.";
 const char* const kEqualPoints =
     "DiscreteInterpolationHybridUnbound requires distinct initial points (InitPoint1 != "
     "InitPoint2).";
@@ -33,11 +28,6 @@ long SecantPoint(const VexaFloat& level, long xa, const VexaFloat& fa, long xb,
   const VexaFloat m = (fb - fa) / (VexaFloat(xb) - VexaFloat(xa));
   const VexaFloat c = fa - m * VexaFloat(xa);
   return STATS_DoubleToInteger_MP(floor((level - c) / m));
-}
-
-void CheckBounds(VexaKernelVector kv, const VexaFloat& y, const VexaFloat& fLow,
-                 const VexaFloat& fHigh) {
-  if (y < fLow || y > fHigh) VexaRaiseError(kv, kOutsideBounds);
 }
 
 long Point(const STATS_VexaEntry_MP& entry, int i) {

@@ -71,4 +71,20 @@ ALGEB STATS_VexaDiscreteInterpolationHybridRight_MP(VexaKernelVector kv, ALGEB a
 ALGEB STATS_VexaDiscreteInterpolationHybridUnbound_MP(VexaKernelVector kv, ALGEB args);
 }
 
+// ---- Shared by both families: messages and the bounds check of the hybrids. ----
+namespace rootfinding {
+constexpr const char* kNotNondecreasing = "specified function is not a nondecreasing function.";
+constexpr const char* kOutsideBounds =
+    "the specified approximation point must be between function bounds.";
+constexpr const char* kLeftBarrier =
+    "the specified initial point must be greater than the left barrier.";
+constexpr const char* kRightBarrier =
+    "the specified initial point must be less than the right barrier.";
+
+inline void CheckBounds(VexaKernelVector kv, const VexaFloat& y, const VexaFloat& fLow,
+                        const VexaFloat& fHigh) {
+  if (y < fLow || y > fHigh) VexaRaiseError(kv, kOutsideBounds);
+}
+}  // namespace rootfinding
+
 #endif

@@ -143,18 +143,25 @@ def pick(tail, lower, upper):
 
 # ---- deviates ----
 
+def g_of(T, t, increasing):
+    """u -> log T(e^u) - log t, increasing in u (sign flipped for a decreasing T)."""
+    lt = mpmath.log(mpf(t))
+
+    def g(u):
+        v = T(mpmath.exp(u))
+        if v <= 0:
+            return -mpf(10) ** 9 if increasing else mpf(10) ** 9
+        return (mpmath.log(v) - lt) if increasing else (lt - mpmath.log(v))
+
+    return g
+
+
 def solve(T, t, increasing, d, lo=-60.0, hi=60.0, umax=None):
     """The x > 0 with T(x) = t rounded to d digits (T monotone; u = log x bracket)."""
     base = 3 * d + 50
     with mp.workdps(base):
         t = mpf(t)
-        lt = mpmath.log(t)
-
-        def g(u):
-            v = T(mpmath.exp(u))
-            if v <= 0:
-                return -mpf(10) ** 9 if increasing else mpf(10) ** 9
-            return (mpmath.log(v) - lt) if increasing else (lt - mpmath.log(v))
+        g = g_of(T, t, increasing)
 
         lo, hi = mpf(lo), mpf(hi)
         if umax is not None:

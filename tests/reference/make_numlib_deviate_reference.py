@@ -25,21 +25,9 @@ from mpmath import mp, mpf
 import make_numlib_continuous_reference as ref
 
 
-def g_of(T, t, increasing):
-    lt = mpmath.log(mpf(t))
-
-    def g(u):
-        v = T(mpmath.exp(u))
-        if v <= 0:
-            return -mpf(10) ** 9 if increasing else mpf(10) ** 9
-        return (mpmath.log(v) - lt) if increasing else (lt - mpmath.log(v))
-
-    return g
-
-
 def solve(T, t, increasing, d, lo=-60.0, hi=60.0, umax=None):
     with mp.workdps(30):
-        g = g_of(T, t, increasing)
+        g = ref.g_of(T, t, increasing)
         lo, hi = mpf(lo), mpf(hi)
         if umax is not None:
             hi = min(hi, mpf(umax))
@@ -54,7 +42,7 @@ def solve(T, t, increasing, d, lo=-60.0, hi=60.0, umax=None):
             else:
                 hi = mid
     with mp.workdps(d + 40):
-        g = g_of(T, t, increasing)
+        g = ref.g_of(T, t, increasing)
         u0, u1 = mpf(lo), mpf(hi)
         g0, g1 = g(u0), g(u1)
         for _ in range(60):

@@ -25,21 +25,10 @@ from math import comb
 import mpmath
 from mpmath import mp, mpf
 
+from make_numlib_continuous_reference import fmt  # m * 10^e as reference text
+
 if hasattr(sys, "set_int_max_str_digits"):
     sys.set_int_max_str_digits(0)
-
-
-def fmt(m, e):
-    """m * 10^e in normalized scientific text, one digit before the point."""
-    if m == 0:
-        return "0"
-    while m % 10 == 0:
-        m //= 10
-        e += 1
-    s = str(abs(m))
-    lead = e + len(s) - 1
-    text = ("-" if m < 0 else "") + s[0] + ("." + s[1:] if len(s) > 1 else "")
-    return text + ("e%d" % lead if lead != 0 else "")
 
 
 def decimal_exponent(q):
