@@ -200,6 +200,8 @@ bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, NagErr
     };
     logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);
   }
+  // y (log f)'(y) = -(df + 1) x^2 / (df + x^2)
+  inv.logSlope = [nu](double u) { return -(nu + 1) / (1 + nu * std::exp(-2 * u)); };
   return Invert(inv, t, logGuess, x, fail, routine);
 }
 
@@ -276,6 +278,8 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
     LogBetaDensity(res, sa.v, sb.v, y, yc.v, prec);
     arb_exp(res, res, prec);
   };
+  double yad = inv.reflect ? bd : ad, ybd = inv.reflect ? ad : bd;
+  inv.logSlope = [yad, ybd](double u) { return yad - 1 - (ybd - 1) / std::expm1(-u); };
   return Invert(inv, t, inv.reflect ? log1mX : logX, x, fail, routine);
 }
 
@@ -446,6 +450,10 @@ VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fai
   double d1 = std::stod(VexaFloatToString(df1)), d2 = std::stod(VexaFloatToString(df2));
   double logX, log1mX;
   BetaLogGuess(d1 / 2, d2 / 2, LogOf(t), upper, &logX, &log1mX);
+  // f (log density)'(f) = df1/2 - 1 - (df1 + df2)/2 df1 f / (df1 f + df2)
+  inv.logSlope = [d1, d2](double u) {
+    return d1 / 2 - 1 - (d1 + d2) / 2 / (1 + d2 / d1 * std::exp(-u));
+  };
   VexaFloat x;
   if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, fail, routine)) return 0;
   return x;

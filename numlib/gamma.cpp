@@ -166,6 +166,7 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
     GammaDensity(y, sa.v, z, prec);
   };
   double ad = std::stod(VexaFloatToString(a));
+  inv.logSlope = [ad](double u) { return ad - 1 - std::exp(u); };
   return Invert(inv, t, LogGuess(ad, LogOf(t), upper), x, fail, routine);
 }
 

@@ -177,36 +177,108 @@ class Solver {
  private:
   // T at y with at least `need` bits of relative accuracy (raising the precision).
   bool TailAt(arb_t T, const arb_t y, slong prec, slong need) const {
-    for (slong p = prec; p <= 16 * prec; p *= 2) {
+    for (slong p = prec; p <= 16 * prec;) {
       inv_.tail(T, y, p);
-      if (arb_rel_accuracy_bits(T) >= need) return true;
+      slong got = arb_rel_accuracy_bits(T);
+      if (got >= need) return true;
+      p = got > 0 ? p + (need - got) + 32 : 2 * p;
     }
     return false;
   }
-  // g(u) = log T(e^u) - log t and dg/du at the exact point y = mid(e^u).
-  bool Step(const arb_t y, slong prec, slong need, arb_t g, arb_t slope) const;
+  // g(u) = log T(e^u) - log t, dg/du and the Halley (or, lacking a slope, Newton) step
+  // at the exact point y = mid(e^u), with T accurate to `need` bits; *T is kept.
+  // *order is 3 after a Halley step, 2 after Newton's; *limit bounds the bits the step can give.
+  bool Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du, int* order,
+            slong* limit) const;
+  // Newton's interval operator at y0 for T(y) = t: true, with the root enclosed in *x, when
+  // it maps a small interval around y0 into itself.
+  bool Enclose(const arb_t y0, const arb_t T, slong prec, arb_t x) const;
   // The x of a ball y, and the ball y of an exact x.
   void ToX(arb_t x, const arb_t y, slong prec) const;
   void ToY(arb_t y, const VexaFloat& x, slong prec) const;
   // -1 when the root lies above x, +1 below, 0 undecided at this precision.
   int Side(const VexaFloat& x, slong prec) const;
+  // The rounding boundary test from the candidate c, for roots that lie very near a
+  // rounding boundary.
+  bool Boundary(VexaFloat c, slong prec, VexaFloat* x) const;
 
   const Inversion& inv_;
   VexaFloat t_;
 };
 
-bool Solver::Step(const arb_t y, slong prec, slong need, arb_t g, arb_t slope) const {
-  Ball T, f, logt;
-  if (!TailAt(T.v, y, prec, need) || !arb_is_positive(T.v)) return false;
+bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du,
+                  int* order, slong* limit) const {
+  Ball g, f, logt, slope;
+  arb_exp(y, u, prec);
+  arb_get_mid_arb(y, y);
+  if (!TailAt(T, y, prec, need) || !arb_is_positive(T)) return false;
   ToBall(logt.v, t_, prec);
   arb_log(logt.v, logt.v, prec);
-  arb_log(g, T.v, prec);
-  arb_sub(g, g, logt.v, prec);
+  arb_log(g.v, T, prec);
+  arb_sub(g.v, g.v, logt.v, prec);
   inv_.density(f.v, y, prec);
-  arb_mul(slope, f.v, y, prec);
-  arb_div(slope, slope, T.v, prec);
-  if (inv_.upper) arb_neg(slope, slope);
-  return arb_is_finite(g) && arb_is_finite(slope) && !arb_contains_zero(slope);
+  arb_mul(slope.v, f.v, y, prec);
+  arb_div(slope.v, slope.v, T, prec);
+  if (inv_.upper) arb_neg(slope.v, slope.v);
+  if (!arb_is_finite(g.v) || !arb_is_finite(slope.v) || arb_contains_zero(slope.v)) return false;
+  arb_div(du, g.v, slope.v, prec);
+  arb_get_mid_arb(du, du);
+  *order = 2;
+  *limit = prec;
+  // Halley: with s = dg/du and yL = y (log f)'(y), d2g/du2 = s (1 + yL - s), and the step
+  // h = g/s is divided by 1 - c, c = g g'' / (2 s^2) = h (1 + yL - s) / 2. The small c needs
+  // only a few correct digits, but 1 - c is formed at full precision.
+  if (inv_.logSlope) {
+    double h = arf_get_d(arb_midref(du), ARF_RND_NEAR);
+    double s = arf_get_d(arb_midref(slope.v), ARF_RND_NEAR);
+    double yL = inv_.logSlope(arf_get_d(arb_midref(u), ARF_RND_NEAR));
+    double c = 0.5 * h * (1 + yL - s);
+    if (std::isfinite(c) && std::fabs(c) < 0.5) {
+      Ball d;
+      arb_set_d(d.v, c);
+      arb_sub_ui(d.v, d.v, 1, prec);
+      arb_neg(d.v, d.v);
+      arb_div(du, du, d.v, prec);
+      arb_get_mid_arb(du, du);
+      // c carries about 40 good bits: the step is right to |h c| 2^-40 at best
+      *order = 3;
+      *limit = c == 0 ? prec : -static_cast<slong>(std::log2(std::fabs(h * c))) + 40;
+    }
+  }
+  return true;
+}
+
+bool Solver::Enclose(const arb_t y0, const arb_t T, slong prec, arb_t x) const {
+  // G(y) = T(y) - t with G' = -f (upper tail) or f; the root is y0 - G(y0) / G'(Y) for Y
+  // any interval holding both, so N(Y) = y0 - G(y0) / G'(Y) inside Y encloses it.
+  Ball G, f, h, Y, N;
+  mag_t r;
+  ToBall(G.v, t_, prec);
+  arb_sub(G.v, T, G.v, prec);
+  inv_.density(f.v, y0, prec);
+  if (inv_.upper) arb_neg(f.v, f.v);
+  arb_div(h.v, G.v, f.v, prec);
+  if (!arb_is_finite(h.v)) return false;
+  mag_init(r);
+  arb_get_mag(r, h.v);
+  mag_mul_2exp_si(r, r, 1);
+  arf_set(arb_midref(Y.v), arb_midref(y0));
+  mag_add(arb_radref(Y.v), r, arb_radref(y0));
+  mag_clear(r);
+  if (!arb_is_positive(Y.v)) return false;
+  if (inv_.ymax > 0) {
+    Ball bound;
+    arb_set_d(bound.v, inv_.ymax);
+    if (!arb_lt(Y.v, bound.v)) return false;
+  }
+  inv_.density(f.v, Y.v, prec);
+  if (inv_.upper) arb_neg(f.v, f.v);
+  if (arb_contains_zero(f.v)) return false;
+  arb_div(N.v, G.v, f.v, prec);
+  arb_sub(N.v, y0, N.v, prec);
+  if (!arb_contains(Y.v, N.v)) return false;
+  ToX(x, N.v, prec);
+  return true;
 }
 
 void Solver::ToX(arb_t x, const arb_t y, slong prec) const {
@@ -257,89 +329,8 @@ int Solver::Side(const VexaFloat& x, slong prec) const {
   return sign * direction;
 }
 
-bool Solver::Run(double logGuess, VexaFloat* x) {
+bool Solver::Boundary(VexaFloat c, slong prec, VexaFloat* x) const {
   const int digits = VexaDigits();
-  const slong target = static_cast<slong>(digits * kLog2Of10) + 20;
-  Ball y, g, slope, u;
-
-  // Double steps at 64 bits, kept inside a bracket of u = log y.
-  double lo = -kInf, hi = inv_.ymax > 0 ? std::log(inv_.ymax) : kInf;
-  double v = std::isfinite(logGuess) ? logGuess : 0;
-  if (v >= hi) v = hi - 0.7;
-  bool converged = false;
-  for (int iter = 0; iter < 400 && !converged; ++iter) {
-    arb_set_d(u.v, v);
-    arb_exp(y.v, u.v, 64);
-    arb_get_mid_arb(y.v, y.v);
-    double next;
-    if (Step(y.v, 64, 40, g.v, slope.v)) {
-      double gd = arf_get_d(arb_midref(g.v), ARF_RND_NEAR);
-      double sd = arf_get_d(arb_midref(slope.v), ARF_RND_NEAR);
-      if (gd == 0) {  // already a root to the bits of this stage
-        converged = true;
-        break;
-      }
-      if ((gd > 0) == (sd > 0))
-        hi = std::min(hi, v);
-      else
-        lo = std::max(lo, v);
-      double du = gd / sd;
-      if (du > 16) du = 16;
-      if (du < -16) du = -16;
-      next = v - du;
-      if (std::fabs(du) < 1e-13 * std::max(1.0, std::fabs(v))) converged = true;
-      // a small Newton step is trusted even past a bracket end set by a rounded iterate
-      if (std::fabs(du) < 1e-4) {
-        v = next;
-        continue;
-      }
-    } else {
-      next = -kInf;  // the tail cannot be evaluated here: bisect toward the bracket
-    }
-    if (!(next > lo && next < hi)) {
-      if (std::isfinite(lo) && std::isfinite(hi))
-        next = 0.5 * (lo + hi);
-      else if (std::isfinite(lo))
-        next = lo + 2;
-      else if (std::isfinite(hi))
-        next = hi - 2;
-      else
-        return false;
-      converged = false;
-      if (hi - lo < 1e-14 * std::max(1.0, std::fabs(lo))) converged = true;
-    }
-    v = next;
-  }
-  if (!converged) return false;
-
-  // Newton at doubling precision: each step about doubles the correct bits of u.
-  arb_set_d(u.v, v);
-  slong bits = 40;
-  for (int iter = 0; bits < target; ++iter) {
-    if (iter > 40) return false;
-    slong prec = std::min(2 * bits + 32, target + 32);
-    arb_exp(y.v, u.v, prec);
-    arb_get_mid_arb(y.v, y.v);
-    if (!Step(y.v, prec, std::min(prec - 8, 2 * bits + 24), g.v, slope.v)) return false;
-    Ball du;
-    arb_div(du.v, g.v, slope.v, prec);
-    arb_get_mid_arb(du.v, du.v);
-    arb_sub(u.v, u.v, du.v, prec);
-    arb_get_mid_arb(u.v, u.v);
-    if (arb_is_zero(du.v)) {
-      bits = prec - 16;
-    } else {
-      slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
-      bits = std::min(2 * e - 6, prec - 16);
-    }
-  }
-
-  // Rounding boundary test.
-  slong prec = target + 32;
-  arb_exp(y.v, u.v, prec);
-  Ball xb;
-  ToX(xb.v, y.v, prec);
-  VexaFloat c = NearestDecimal(xb.v, digits);
   for (int moves = 0; moves < 8; ++moves) {
     VexaFloat mlo, mhi;
     {
@@ -369,6 +360,103 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
     return true;
   }
   return false;
+}
+
+bool Solver::Run(double logGuess, VexaFloat* x) {
+  const int digits = VexaDigits();
+  const slong target = static_cast<slong>(digits * kLog2Of10) + 20;
+  Ball y, T, u, du;
+  int order;
+  slong limit;
+
+  // Steps at 64 bits, kept inside a bracket of u = log y, until about 40 bits are right.
+  double lo = -kInf, hi = inv_.ymax > 0 ? std::log(inv_.ymax) : kInf;
+  double v = std::isfinite(logGuess) ? logGuess : 0;
+  if (v >= hi) v = hi - 0.7;
+  slong bits = 0;
+  for (int iter = 0; iter < 400 && bits == 0; ++iter) {
+    arb_set_d(u.v, v);
+    double next;
+    if (Step(u.v, y.v, T.v, 64, 44, du.v, &order, &limit)) {
+      double d = arf_get_d(arb_midref(du.v), ARF_RND_NEAR);
+      if (d == 0) {  // already a root to the bits of this stage
+        bits = 40;
+        break;
+      }
+      // g and dg/du have the same sign above the root
+      if (d > 0)
+        hi = std::min(hi, v);
+      else
+        lo = std::max(lo, v);
+      d = std::max(-16.0, std::min(16.0, d));
+      next = v - d;
+      double e = -std::log2(std::fabs(d) / std::max(1.0, std::fabs(v)));
+      if (std::min<double>(order * e - 8, limit) >= 40) bits = 40;
+      // a small step is trusted even past a bracket end set by a rounded iterate
+      if (std::fabs(d) < 1e-4) {
+        v = next;
+        continue;
+      }
+    } else {
+      next = -kInf;  // the tail cannot be evaluated here: bisect toward the bracket
+    }
+    if (!(next > lo && next < hi)) {
+      bits = 0;
+      if (std::isfinite(lo) && std::isfinite(hi))
+        next = 0.5 * (lo + hi);
+      else if (std::isfinite(lo))
+        next = lo + 2;
+      else if (std::isfinite(hi))
+        next = hi - 2;
+      else
+        return false;
+      if (hi - lo < 1e-14 * std::max(1.0, std::fabs(lo))) bits = 40;
+    }
+    v = next;
+  }
+  if (bits == 0) return false;
+
+  // Steps at rising precision, each about tripling the correct bits of u, until the
+  // interval operator at full precision can enclose the root narrowly enough.
+  arb_set_d(u.v, v);
+  const slong full = target + 32;
+  for (int iter = 0; 2 * bits < target + 24; ++iter) {
+    if (iter > 40) return false;
+    slong prec = std::min(3 * bits + 32, full);
+    if (!Step(u.v, y.v, T.v, prec, prec - 24, du.v, &order, &limit)) return false;
+    arb_sub(u.v, u.v, du.v, prec);
+    arb_get_mid_arb(u.v, u.v);
+    if (arb_is_zero(du.v)) {
+      bits = prec - 28;
+    } else {
+      slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
+      bits = std::min({order * e - 8, limit, prec - 28});
+    }
+  }
+
+  // The tail at full precision at the last iterate: enclose the root and round. An
+  // enclosure too wide to round (the count of correct bits was optimistic) earns another
+  // step; a root that lies at a rounding boundary goes to the boundary test.
+  Ball xb;
+  for (int tries = 0; tries < 3; ++tries) {
+    if (tries > 0) {
+      if (!Step(u.v, y.v, T.v, full, full - 24, du.v, &order, &limit)) break;
+      arb_sub(u.v, u.v, du.v, full);
+      arb_get_mid_arb(u.v, u.v);
+    }
+    arb_exp(y.v, u.v, full);
+    arb_get_mid_arb(y.v, y.v);
+    if (!TailAt(T.v, y.v, full, full - 24)) break;
+    ALGEB out;
+    if (!Enclose(y.v, T.v, full, xb.v)) continue;
+    if (RoundBall(xb.v, digits, full, &out)) {
+      *x = VexaFloat(out);
+      return true;
+    }
+    if (arb_rel_accuracy_bits(xb.v) >= target) break;
+  }
+  ToX(xb.v, y.v, full);
+  return Boundary(NearestDecimal(xb.v, digits), full, x);
 }
 
 }  // namespace

@@ -47,6 +47,8 @@ using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
 struct Inversion {
   BallTail tail;       // T(y)
   BallTail density;    // |dT/dy| >= 0
+  // y (log |dT/dy|)'(y) at y = e^u, in double: Halley's correction (Newton without it)
+  std::function<double(double u)> logSlope;
   bool upper = false;  // T decreases with y
   double ymax = 0;     // support bound of y (0: unbounded)
   bool reflect = false;
