@@ -128,6 +128,41 @@ VexaFloat Probability(Nag_TailProbability tail, const VexaFloat& g, const VexaFl
       });
 }
 
+// log P(a, x) (or, with upper, log Q(a, x)) at x = e^u in double: the power series below
+// a + 1, the continued fraction above it (modified Lentz), the other tail by log1p.
+double LogGammaTailD(double a, double u, bool upper) {
+  double x = std::exp(u);
+  double prefix = a * u - x - std::lgamma(a);  // log(x^a e^-x / Gamma(a))
+  const double tiny = 1e-300;
+  bool lower;
+  double logTail;
+  if (x < a + 1) {
+    double sum = 1, term = 1;
+    for (int k = 1; k < 100000 && term > sum * 1e-17; ++k) {
+      term *= x / (a + k);
+      sum += term;
+    }
+    lower = true;
+    logTail = prefix - std::log(a) + std::log(sum);
+  } else {
+    double b = x + 1 - a, c = 1 / tiny, d = 1 / b, h = d;
+    for (int i = 1; i < 100000; ++i) {
+      double an = -i * (i - a);
+      b += 2;
+      d = an * d + b;
+      if (std::fabs(d) < tiny) d = tiny;
+      c = b + an / c;
+      if (std::fabs(c) < tiny) c = tiny;
+      d = 1 / d;
+      h *= d * c;
+      if (std::fabs(d * c - 1) < 1e-16) break;
+    }
+    lower = false;
+    logTail = prefix + std::log(h);
+  }
+  return lower == !upper ? logTail : std::log1p(-std::exp(logTail));
+}
+
 // log of a starting value for the standard gamma quantile with the given tail
 // probability: Wilson-Hilferty for a >= 1, the leading terms of the tails otherwise.
 double LogGuess(double a, double logT, bool upper) {
@@ -167,6 +202,8 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
   };
   double ad = std::stod(VexaFloatToString(a));
   inv.logSlope = [ad](double u) { return ad - 1 - std::exp(u); };
+  inv.logTailD = [ad, upper](double u) { return LogGammaTailD(ad, u, upper); };
+  inv.logDensityD = [ad](double u) { return (ad - 1) * u - std::exp(u) - std::lgamma(ad); };
   return Invert(inv, t, LogGuess(ad, LogOf(t), upper), x, fail, routine);
 }
 

@@ -193,6 +193,8 @@ class Solver {
   // Newton's interval operator at y0 for T(y) = t: true, with the root enclosed in *x, when
   // it maps a small interval around y0 into itself.
   bool Enclose(const arb_t y0, const arb_t T, slong prec, arb_t x) const;
+  // The step of Step at 64 bits from u = v, in double when the law has double functions.
+  bool StartStep(double v, double* d, int* order, slong* limit) const;
   // The x of a ball y, and the ball y of an exact x.
   void ToX(arb_t x, const arb_t y, slong prec) const;
   void ToY(arb_t y, const VexaFloat& x, slong prec) const;
@@ -245,6 +247,30 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
       *limit = c == 0 ? prec : -static_cast<slong>(std::log2(std::fabs(h * c))) + 40;
     }
   }
+  return true;
+}
+
+bool Solver::StartStep(double v, double* d, int* order, slong* limit) const {
+  if (inv_.logTailD) {
+    double logT = inv_.logTailD(v), logF = inv_.logDensityD(v);
+    double s = std::exp(logF + v - logT) * (inv_.upper ? -1 : 1);
+    double h = (logT - LogOf(t_)) / s;
+    if (std::isfinite(h) && s != 0) {
+      *order = 2;
+      *limit = 40;  // the double functions' own accuracy
+      double c = inv_.logSlope ? 0.5 * h * (1 + inv_.logSlope(v) - s) : 0;
+      if (std::isfinite(c) && std::fabs(c) < 0.5) {
+        h /= 1 - c;
+        *order = 3;
+      }
+      *d = h;
+      return true;
+    }
+  }
+  Ball u, y, T, du;
+  arb_set_d(u.v, v);
+  if (!Step(u.v, y.v, T.v, 64, 44, du.v, order, limit)) return false;
+  *d = arf_get_d(arb_midref(du.v), ARF_RND_NEAR);
   return true;
 }
 
@@ -369,16 +395,15 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   int order;
   slong limit;
 
-  // Steps at 64 bits, kept inside a bracket of u = log y, until about 40 bits are right.
+  // Steps in double or at 64 bits, kept inside a bracket of u = log y, until about 40 bits
+  // are right.
   double lo = -kInf, hi = inv_.ymax > 0 ? std::log(inv_.ymax) : kInf;
   double v = std::isfinite(logGuess) ? logGuess : 0;
   if (v >= hi) v = hi - 0.7;
   slong bits = 0;
   for (int iter = 0; iter < 400 && bits == 0; ++iter) {
-    arb_set_d(u.v, v);
-    double next;
-    if (Step(u.v, y.v, T.v, 64, 44, du.v, &order, &limit)) {
-      double d = arf_get_d(arb_midref(du.v), ARF_RND_NEAR);
+    double next, d;
+    if (StartStep(v, &d, &order, &limit)) {
       if (d == 0) {  // already a root to the bits of this stage
         bits = 40;
         break;
