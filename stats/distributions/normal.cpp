@@ -35,8 +35,10 @@ VexaFloat STATS_NormalDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat mu,
     for (int i = 0; i < iterations; ++i) {
       if (d == 0.0) VexaRaiseError(kv, "NewtonRaphson root-finding method failed to converge.");
       VexaFloat next = z - f / d;
-      f = StandardProbability(kv, next) - p;
-      d = Density(next);
+      if (next != z) {  // at the same point f and d are those already in hand
+        f = StandardProbability(kv, next) - p;
+        d = Density(next);
+      }
       bool converged = fabs(next - z) / (fabs(next) + fabs(z)) < tolerance;
       z = next;
       if (converged) break;
