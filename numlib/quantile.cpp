@@ -244,7 +244,9 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
       arb_get_mid_arb(du, du);
       // c carries about 40 good bits: the step is right to |h c| 2^-40 at best
       *order = 3;
-      *limit = c == 0 ? prec : -static_cast<slong>(std::log2(std::fabs(h * c))) + 40;
+      *limit = h == 0 || c == 0
+                   ? prec
+                   : static_cast<slong>(-std::log2(std::fabs(h)) - std::log2(std::fabs(c))) + 40;
     }
   }
   return true;
@@ -447,7 +449,7 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   const slong full = target + 32;
   for (int iter = 0; 2 * bits < target + 24; ++iter) {
     if (iter > 40) return false;
-    slong prec = std::min(3 * bits + 32, full);
+    slong prec = std::min(3 * std::max<slong>(bits, 8) + 32, full);
     if (!Step(u.v, y.v, T.v, prec, prec - 24, du.v, &order, &limit)) return false;
     arb_sub(u.v, u.v, du.v, prec);
     arb_get_mid_arb(u.v, u.v);
