@@ -1,8 +1,10 @@
 // Argument checks, exact complements, starting values and the inversion of ball tail
-// functions. The inversion runs Newton's method on g(u) = log T(e^u) - log t (which keeps
-// its relative accuracy far out in a tail), first in double steps safeguarded by a bracket,
-// then at doubling precision; the rounding is decided by the boundary test: the tail at the
-// midpoints between the rounded candidate and its neighbours must bracket t.
+// functions. The inversion runs Halley's method on g(u) = log T(e^u) - log t (which keeps
+// its relative accuracy far out in a tail), first in double (or at 64 bits) safeguarded by
+// a bracket, then at a precision that triples with the correct bits. One evaluation of T at
+// full precision then encloses the root by Newton's interval operator, and the enclosure
+// decides the rounding. A root at a rounding boundary falls to the boundary test: the tail
+// at the midpoints between the rounded candidate and its neighbours must bracket t.
 #include "numlib/quantile.h"
 
 #include <mpfr.h>

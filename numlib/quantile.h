@@ -1,6 +1,6 @@
 // Shared machinery of the continuous probability and deviate routines: argument checks,
 // exact decimal complements, double-precision starting values and the inversion of a ball
-// tail function (log-Newton at doubling precision, then the rounding boundary test).
+// tail function (Halley's method in log y, the root enclosed by Newton's interval operator).
 #ifndef VEXA_NUMLIB_QUANTILE_H
 #define VEXA_NUMLIB_QUANTILE_H
 
