@@ -5,6 +5,7 @@
 // always formed by the caller without cancellation. Quantiles invert these by quantile.cpp.
 #include <arb_hypgeom.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "numlib/quantile.h"
@@ -32,10 +33,12 @@ bool Terminates(const arb_t b, const arb_t z) {
 bool TerminatingComplement(arb_t res, const arb_t a, const arb_t b, const arb_t zc, slong prec) {
   for (slong extra = 24, attempt = 0; attempt < 2; ++attempt) {
     arb_hypgeom_beta_lower(res, b, a, zc, 1, prec + extra);
-    slong before = arb_rel_accuracy_bits(res);
+    slong before = std::min(arb_rel_accuracy_bits(res), prec + extra);
     arb_sub_ui(res, res, 1, prec + extra);
     arb_neg(res, res);
-    slong lost = before - arb_rel_accuracy_bits(res);
+    slong after = arb_rel_accuracy_bits(res);
+    if (before <= 0 || after <= 0) return false;  // no relative accuracy left
+    slong lost = before - after;
     if (lost <= extra) return true;
     if (lost > 2 * prec) return false;
     extra = lost + 16;
