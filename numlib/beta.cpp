@@ -24,8 +24,7 @@ double Mid(const arb_t x) {
 // while that stays small it costs a few microseconds at any precision, where the infinite
 // series can cost thirty times as much.
 bool Terminates(const arb_t b, const arb_t z) {
-  return arb_is_int(b) && arb_is_positive(b) &&
-         (Mid(b) - 1) * std::log2(1 + Mid(z)) <= 16;
+  return arb_is_int(b) && arb_is_positive(b) && (Mid(b) - 1) * std::log2(1 + Mid(z)) <= 16;
 }
 
 // 1 - I_zc(b, a) when the subtraction cancels no more bits than the extra ones carried: the

@@ -210,8 +210,8 @@ class Solver {
   VexaFloat t_;
 };
 
-bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du,
-                  int* order, slong* limit) const {
+bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du, int* order,
+                  slong* limit) const {
   Ball g, f, logt, slope;
   arb_exp(y, u, prec);
   arb_get_mid_arb(y, y);
@@ -375,13 +375,14 @@ bool Solver::Boundary(VexaFloat c, slong prec, VexaFloat* x) const {
       if (sideLo == 0) sideLo = Side(mlo, p);
       if (sideHi == 0) sideHi = Side(mhi, p);
     }
+    // the neighbours, exact at a few more digits (2 mhi may have a digit more than c)
     if (sideHi < 0) {  // the root lies above the upper midpoint
-      VexaDigitsScope wide(digits);
+      VexaDigitsScope wide(digits + 4);
       c = 2 * mhi - c;
       continue;
     }
     if (sideLo > 0) {
-      VexaDigitsScope wide(digits);
+      VexaDigitsScope wide(digits + 4);
       c = 2 * mlo - c;
       continue;
     }
@@ -465,9 +466,11 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
 
   // The tail at full precision at the last iterate: enclose the root and round. An
   // enclosure too wide to round (the count of correct bits was optimistic) earns another
-  // step; a root that lies at a rounding boundary goes to the boundary test.
+  // step; a root that lies at a rounding boundary goes to the boundary test, from the
+  // enclosure or, lacking one, from an iterate refined by steps at full precision.
   Ball xb;
-  for (int tries = 0; tries < 3; ++tries) {
+  bool enclosed = false;
+  for (int tries = 0; tries < 3 && !enclosed; ++tries) {
     if (tries > 0) {
       if (!Step(u.v, y.v, T.v, full, full - 24, du.v, &order, &limit)) break;
       arb_sub(u.v, u.v, du.v, full);
@@ -476,15 +479,15 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
     arb_exp(y.v, u.v, full);
     arb_get_mid_arb(y.v, y.v);
     if (!TailAt(T.v, y.v, full, full - 24)) break;
-    ALGEB out;
     if (!Enclose(y.v, T.v, full, xb.v)) continue;
+    ALGEB out;
     if (RoundBall(xb.v, digits, full, &out)) {
       *x = VexaFloat(out);
       return true;
     }
-    if (arb_rel_accuracy_bits(xb.v) >= target) break;
+    enclosed = arb_rel_accuracy_bits(xb.v) >= target;
   }
-  ToX(xb.v, y.v, full);
+  if (!enclosed) ToX(xb.v, y.v, full);
   return Boundary(NearestDecimal(xb.v, digits), full, x);
 }
 
