@@ -1,17 +1,16 @@
 #!/usr/bin/env python3
-"""Writes numlib_continuous.txt: reference values for the continuous probability and deviate
-routines (normal, Student t, chi-square, F, beta, gamma).
+"""Writes numlib_continuous.txt: reference values for the continuous probability routines
+(normal, Student t, chi-square, F, beta, gamma).
 
-Each line is `op digits args... expected`: op is the routine's name (g01eac ... g01ffc; the
+Each line is `op digits args... expected`: op is the routine's name (g01eac ... g01efc; the
 beta routine g01eec appears as g01eec_p, g01eec_q and g01eec_pdf), a tail where the routine
 takes one (lower, upper, signif, confid), the real arguments as decimal text, and the value
 correctly rounded to `digits` significant digits.
 
 Probabilities are evaluated with mpmath at 3*digits+50 decimal digits and again 25 digits
 higher; a rounding is written only when both agree. Each tail is computed directly (the
-upper tail of a beta law as I_(1-x)(b, a), never as 1 - P). Deviates are found by bisection
-and secant steps on log T(e^u) - log t, and their rounding is confirmed by the tail at
-the two midpoints between the rounded value and its neighbours.
+upper tail of a beta law as I_(1-x)(b, a), never as 1 - P). The deviate routines' values are
+written by make_numlib_deviate_reference.py, which uses the tails defined here.
 
 Usage: python3 make_numlib_continuous_reference.py [output]
 """
@@ -141,94 +140,6 @@ def pick(tail, lower, upper):
     return abs(lower - upper)
 
 
-# ---- deviates ----
-
-def g_of(T, t, increasing):
-    """u -> log T(e^u) - log t, increasing in u (sign flipped for a decreasing T)."""
-    lt = mpmath.log(mpf(t))
-
-    def g(u):
-        v = T(mpmath.exp(u))
-        if v <= 0:
-            return -mpf(10) ** 9 if increasing else mpf(10) ** 9
-        return (mpmath.log(v) - lt) if increasing else (lt - mpmath.log(v))
-
-    return g
-
-
-def solve(T, t, increasing, d, lo=-60.0, hi=60.0, umax=None):
-    """The x > 0 with T(x) = t rounded to d digits (T monotone; u = log x bracket)."""
-    base = 3 * d + 50
-    with mp.workdps(base):
-        t = mpf(t)
-        g = g_of(T, t, increasing)
-
-        lo, hi = mpf(lo), mpf(hi)
-        if umax is not None:
-            hi = min(hi, mpf(umax))
-        while g(lo) > 0:
-            lo = 2 * lo if lo < 0 else lo - 10
-        while g(hi) < 0:
-            hi = 2 * hi if hi > 0 else hi + 10
-        for _ in range(60):
-            mid = (lo + hi) / 2
-            if g(mid) < 0:
-                lo = mid
-            else:
-                hi = mid
-        # secant steps from the narrow bracket
-        u0, u1 = lo, hi
-        g0, g1 = g(u0), g(u1)
-        for _ in range(100):
-            if g1 == g0:
-                break
-            u2 = u1 - g1 * (u1 - u0) / (g1 - g0)
-            u0, g0 = u1, g1
-            u1, g1 = u2, g(u2)
-            if abs(u1 - u0) < mpf(10) ** (-base + 5) * max(1, abs(u1)):
-                break
-        u = u1
-        x = mpmath.exp(u)
-        m, e = round_sig(x, d)
-    # boundary test: T at the midpoints to the neighbours must bracket t
-    for _ in range(6):
-        top = len(str(abs(m)))
-        below = 10 ** (d - 1) == m
-        with mp.workdps(base + 30):
-            lo_mid = (mpf(2 * m - (mpf(1) / 10 if below else 1)) / 2) * mpf(10) ** e
-            hi_mid = (mpf(2 * m + 1) / 2) * mpf(10) ** e
-            glo, ghi = T(lo_mid) - t, T(hi_mid) - t
-        if not increasing:
-            glo, ghi = -glo, -ghi
-        if ghi < 0:
-            m += 1
-        elif glo > 0:
-            m -= 1
-        else:
-            break
-        if len(str(m)) != top:
-            with mp.workdps(base):
-                m, e = round_sig(mpf(m) * mpf(10) ** e, d)
-    else:
-        raise RuntimeError("boundary test failed")
-    return m, e
-
-
-def dec_sub1(p):
-    """1 - p as exact decimal text (p given as decimal text)."""
-    from decimal import Decimal
-    return str(Decimal(1) - Decimal(p))
-
-
-def dec_half(p):
-    from decimal import Decimal
-    return str(Decimal(p) / 2)
-
-
-def show(m, e):
-    return fmt(m, e)
-
-
 # ---- cases ----
 
 def lines_probabilities(out):
@@ -302,141 +213,13 @@ def lines_probabilities(out):
                 out.append("g01eec_pdf %d %s %s %s %s" % (d, x, a, b, decided(pdf, d)))
 
 
-def lines_deviates(out):
-    from decimal import Decimal, getcontext
-    getcontext().prec = 200
-    ps = ["1e-100", "1e-20", "0.001", "0.025", "0.3", "0.5", "0.7", "0.975",
-          "0.99999999999999999999"]
-
-    def upper_target(tail, p):
-        """(t, sign): the x >= 0 with P(X >= x) = t, then x times sign (symmetric laws)."""
-        P = Decimal(p)
-        if tail == "lower":
-            q = 1 - P
-        elif tail == "upper":
-            q = P
-        elif tail == "signif":
-            q = P / 2
-        else:
-            q = (1 - P) / 2
-        if q > Decimal("0.5"):
-            return str(1 - q), -1
-        return str(q), 1
-
-    for d in [10, 30, 100]:
-        for p in ps:
-            for tail in TAILS:
-                q, sign = upper_target(tail, p)
-                if Decimal(q) == Decimal("0.5"):
-                    out.append("g01fac %d %s %s 0" % (d, tail, p))
-                    continue
-                if Decimal(q) <= Decimal("0.25"):
-                    T = lambda x: mpmath.erfc(x / mpmath.sqrt(2)) / 2
-                    m, e = solve(T, q, False, d)
-                else:  # near the centre: P(|X| <= x) = 1 - 2q keeps every digit
-                    T = lambda x: mpmath.erf(x / mpmath.sqrt(2))
-                    m, e = solve(T, str(1 - 2 * Decimal(q)), True, d)
-                out.append("g01fac %d %s %s %s" % (d, tail, p, fmt(sign * m, e)))
-    for p in ["1e-100", "0.975"]:
-        m, e = solve(lambda x: mpmath.erfc(x / mpmath.sqrt(2)) / 2, dec_sub1(p), False, 1000)
-        out.append("g01fac 1000 lower %s %s" % (p, fmt(-m if Decimal(p) < Decimal("0.5") else m, e)))
-    for d in [10, 30, 100]:
-        for nu in ["0.001", "1", "2.5", "30", "2000"]:
-            for p in ["1e-100", "0.01", "0.4", "0.8", "0.99999999999999999999"]:
-                if nu == "0.001" and p in ("1e-100", "0.99999999999999999999"):
-                    continue
-                for tail in TAILS if d < 100 else ["lower"]:
-                    q, sign = upper_target(tail, p)
-                    n = mpf(nu)
-                    if Decimal(q) <= Decimal("0.25"):
-                        m, e = solve(lambda x: t_two(x, n)[0] / 2, q, False, d, hi=3e5)
-                    else:
-                        m, e = solve(lambda x: t_two(x, n)[1], str(1 - 2 * Decimal(q)), True,
-                                     d, lo=-3e5)
-                    out.append("g01fbc %d %s %s %s %s" % (d, tail, p, nu, fmt(sign * m, e)))
-    for d in [10, 30, 100]:
-        for nu in ["0.001", "1", "7.5", "200", "2000000"]:
-            for p in ["1e-100", "0.05", "0.5", "0.95", "0.99999999999999999999"]:
-                n = mpf(nu) / 2
-                m, e = solve(lambda x: gamma_tails(x / 2, n)[0], p, True, d)
-                out.append("g01fcc %d %s %s %s" % (d, p, nu, fmt(m, e)))
-    for d in [10, 30, 100]:
-        for a, b in [("0.001", "1"), ("2.5", "0.5"), ("100", "3"), ("100000", "1"),
-                     ("1000000", "2")]:
-            for p in ["1e-100", "0.05", "0.5", "0.95", "0.99999999999999999999"]:
-                aa, bb = mpf(a), mpf(b)
-                m, e = solve(lambda x: gamma_tails(x / bb, aa)[0], p, True, d)
-                out.append("g01ffc %d %s %s %s %s" % (d, p, a, b, fmt(m, e)))
-    for d in [10, 30, 100]:
-        for d1, d2 in [("1", "1"), ("0.001", "5"), ("4.5", "12"), ("200", "3000"),
-                       ("300", "800")]:
-            for p in ["1e-100", "0.05", "0.5", "0.95", "0.99999999999999999999"]:
-                if d1 == "0.001" and p == "1e-100":
-                    continue
-                a1, a2 = mpf(d1), mpf(d2)
-                m, e = solve(lambda x: f_tails(x, a1, a2)[0], p, True, d, lo=-3e5)
-                out.append("g01fdc %d %s %s %s %s" % (d, p, d1, d2, fmt(m, e)))
-    for d in [10, 30, 100]:
-        for a, b in [("0.001", "1000000"), ("0.5", "0.5"), ("2", "3.5"), ("1000", "50"),
-                     ("300", "200")]:
-            for p in ["1e-100", "0.05", "0.5", "0.95", "0.99999999999999999999"]:
-                if a == "0.001" and p == "1e-100":
-                    continue
-                aa, bb = mpf(a), mpf(b)
-                # solve in x when the quantile is below 1/2, else in y = 1 - x (x = 1 - y)
-                with mp.workdps(40):
-                    mid = beta_pair(aa, bb, mpf("0.5"), mpf("0.5"))[0]
-                if Decimal(p) <= Decimal(str(mid)):
-                    m, e = solve(lambda x: beta_pair(aa, bb, x, 1 - x)[0], p, True, d, lo=-3e5,
-                                 umax=0)
-                    out.append("g01fec %d %s %s %s %s" % (d, p, a, b, fmt(m, e)))
-                else:
-                    q = dec_sub1(p)
-                    base = 3 * d + 50
-                    with mp.workdps(base):
-                        def Ty(y):
-                            return beta_pair(bb, aa, y, 1 - y)[0]
-                        m, e = solve(Ty, q, True, d + 60, lo=-3e5, umax=0)
-                        y = mpf(m) * mpf(10) ** e
-                    # the rounding of x = 1 - y, confirmed by the boundary test on x
-                    def Tx(x):
-                        return beta_pair(aa, bb, x, 1 - x)[0]
-                    with mp.workdps(base):
-                        mm, ee = round_sig(1 - y, d)
-                    mm, ee = confirm(Tx, p, True, d, mm, ee)
-                    out.append("g01fec %d %s %s %s %s" % (d, p, a, b, fmt(mm, ee)))
-
-
-def confirm(T, t, increasing, d, m, e):
-    base = 3 * d + 50
-    for _ in range(6):
-        below = 10 ** (d - 1) == m
-        with mp.workdps(base + 30):
-            lo_mid = (mpf(2 * m - (mpf(1) / 10 if below else 1)) / 2) * mpf(10) ** e
-            hi_mid = (mpf(2 * m + 1) / 2) * mpf(10) ** e
-            glo, ghi = T(lo_mid) - mpf(t), T(hi_mid) - mpf(t)
-        if not increasing:
-            glo, ghi = -glo, -ghi
-        if ghi < 0:
-            m += 1
-        elif glo > 0:
-            m -= 1
-        else:
-            return m, e
-    raise RuntimeError("boundary test failed")
-
-
 def main():
     sys.setrecursionlimit(10000)
     path = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(
         os.path.abspath(__file__)), "numlib_continuous.txt")
-    which = sys.argv[2] if len(sys.argv) > 2 else "all"
     out = ["# op digits [tail] args... expected: correctly rounded to digits digits.",
            "# Written by make_numlib_continuous_reference.py; do not edit."]
-    if which in ("all", "p"):
-        lines_probabilities(out)
-    if which in ("all", "d"):
-        lines_deviates(out)
+    lines_probabilities(out)
     with open(path, "w") as f:
         f.write("\n".join(out) + "\n")
 
