@@ -31,6 +31,12 @@ struct Fmpz {
   Fmpz& operator=(const Fmpz&) = delete;
 };
 
+// 1 - z.
+inline void OneMinusBall(arb_t r, const arb_t z, slong prec) {
+  arb_sub_ui(r, z, 1, prec);
+  arb_neg(r, r);
+}
+
 // 10^k (k of either sign) multiplied into r.
 void ScaleByPow10(arb_t r, int64_t k, slong prec);
 

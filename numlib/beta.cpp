@@ -33,8 +33,7 @@ bool TerminatingComplement(arb_t res, const arb_t a, const arb_t b, const arb_t 
   for (slong extra = 24, attempt = 0; attempt < 2; ++attempt) {
     arb_hypgeom_beta_lower(res, b, a, zc, 1, prec + extra);
     slong before = std::min(arb_rel_accuracy_bits(res), prec + extra);
-    arb_sub_ui(res, res, 1, prec + extra);
-    arb_neg(res, res);
+    OneMinusBall(res, res, prec + extra);
     slong after = arb_rel_accuracy_bits(res);
     if (before <= 0 || after <= 0) return false;  // no relative accuracy left
     slong lost = before - after;
@@ -61,8 +60,7 @@ void BetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb
     arb_hypgeom_beta_lower(res, a, b, z, 1, prec);
   } else {
     arb_hypgeom_beta_lower(res, b, a, zc, 1, prec);
-    arb_sub_ui(res, res, 1, prec);
-    arb_neg(res, res);
+    OneMinusBall(res, res, prec);
   }
 }
 
@@ -94,11 +92,6 @@ void LogBetaDensity(arb_t res, const arb_t a, const arb_t b, const arb_t z, cons
   arb_addmul(res, t.v, u.v, prec);
   LogBeta(t.v, a, b, prec);
   arb_sub(res, res, t.v, prec);
-}
-
-void OneMinusBall(arb_t res, const arb_t z, slong prec) {
-  arb_sub_ui(res, z, 1, prec);
-  arb_neg(res, res);
 }
 
 // ---- starting values (double precision) ----

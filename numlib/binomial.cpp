@@ -20,8 +20,7 @@ constexpr const char* kRoutine = "VexaMP_g01bjc";
 void ComplementBall(arb_t r, const VexaFloat& p, slong prec) {
   if (p <= VexaFloat(0.5)) {
     ToBall(r, p, prec);
-    arb_sub_ui(r, r, 1, prec);
-    arb_neg(r, r);
+    OneMinusBall(r, r, prec);
     return;
   }
   mpz_t m;

@@ -40,8 +40,7 @@ void LowerSeries(arb_t res, const arb_t a, const arb_t x, slong prec) {
       Ball r, bound;
       arb_add_ui(den.v, a, k + 1, prec);
       arb_div(r.v, x, den.v, prec);
-      arb_sub_ui(bound.v, r.v, 1, prec);
-      arb_neg(bound.v, bound.v);
+      OneMinusBall(bound.v, r.v, prec);
       if (arb_is_positive(bound.v)) {
         arb_div(bound.v, r.v, bound.v, prec);
         arb_mul(bound.v, bound.v, term.v, prec);
@@ -75,8 +74,7 @@ void GammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
     LowerSeries(res, a, x, prec);
   } else {  // P >= 1/2 here: its complement loses no digits
     arb_hypgeom_gamma_upper(res, a, x, 1, prec);
-    arb_sub_ui(res, res, 1, prec);
-    arb_neg(res, res);
+    OneMinusBall(res, res, prec);
   }
 }
 
@@ -84,8 +82,7 @@ void GammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
 void GammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec) {
   if (LargeShape(a) && Below(x, a)) {
     LowerSeries(res, a, x, prec);
-    arb_sub_ui(res, res, 1, prec);
-    arb_neg(res, res);
+    OneMinusBall(res, res, prec);
   } else {
     arb_hypgeom_gamma_upper(res, a, x, 1, prec);
   }

@@ -195,6 +195,14 @@ class Solver {
   // Newton's interval operator at y0 for T(y) = t: true, with the root enclosed in *x, when
   // it maps a small interval around y0 into itself.
   bool Enclose(const arb_t y0, const arb_t T, slong prec, arb_t x) const;
+  // Halley's method divides the Newton step h = g/s (s = dg/du) by 1 - c, where
+  // c = g g'' / (2 s^2) = h (1 + yL - s) / 2, as d2g/du2 = s (1 + yL - s) with
+  // yL = y (log f)'(y). 0 when the law gives no slope or c is not small.
+  double HalleyCorrection(double h, double s, double u) const {
+    if (!inv_.logSlope || h == 0) return 0;
+    double c = 0.5 * h * (1 + inv_.logSlope(u) - s);
+    return std::isfinite(c) && std::fabs(c) < 0.5 ? c : 0;
+  }
   // The step of Step at 64 bits from u = v, in double when the law has double functions.
   bool StartStep(double v, double* d, int* order, slong* limit) const;
   // The x of a ball y, and the ball y of an exact x.
@@ -229,27 +237,17 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
   arb_get_mid_arb(du, du);
   *order = 2;
   *limit = prec;
-  // Halley: with s = dg/du and yL = y (log f)'(y), d2g/du2 = s (1 + yL - s), and the step
-  // h = g/s is divided by 1 - c, c = g g'' / (2 s^2) = h (1 + yL - s) / 2. The small c needs
-  // only a few correct digits, but 1 - c is formed at full precision.
-  if (inv_.logSlope) {
-    double h = arf_get_d(arb_midref(du), ARF_RND_NEAR);
-    double s = arf_get_d(arb_midref(slope.v), ARF_RND_NEAR);
-    double yL = inv_.logSlope(arf_get_d(arb_midref(u), ARF_RND_NEAR));
-    double c = 0.5 * h * (1 + yL - s);
-    if (std::isfinite(c) && std::fabs(c) < 0.5) {
-      Ball d;
-      arb_set_d(d.v, c);
-      arb_sub_ui(d.v, d.v, 1, prec);
-      arb_neg(d.v, d.v);
-      arb_div(du, du, d.v, prec);
-      arb_get_mid_arb(du, du);
-      // c carries about 40 good bits: the step is right to |h c| 2^-40 at best
-      *order = 3;
-      *limit = h == 0 || c == 0
-                   ? prec
-                   : static_cast<slong>(-std::log2(std::fabs(h)) - std::log2(std::fabs(c))) + 40;
-    }
+  double h = arf_get_d(arb_midref(du), ARF_RND_NEAR);
+  double c = HalleyCorrection(h, arf_get_d(arb_midref(slope.v), ARF_RND_NEAR),
+                              arf_get_d(arb_midref(u), ARF_RND_NEAR));
+  if (c != 0) {  // 1 - c at full precision; c carries about 40 good bits
+    Ball d;
+    arb_set_d(d.v, c);
+    OneMinusBall(d.v, d.v, prec);
+    arb_div(du, du, d.v, prec);
+    arb_get_mid_arb(du, du);
+    *order = 3;
+    *limit = static_cast<slong>(-std::log2(std::fabs(h)) - std::log2(std::fabs(c))) + 40;
   }
   return true;
 }
@@ -260,14 +258,10 @@ bool Solver::StartStep(double v, double* d, int* order, slong* limit) const {
     double s = std::exp(logF + v - logT) * (inv_.upper ? -1 : 1);
     double h = (logT - LogOf(t_)) / s;
     if (std::isfinite(h) && s != 0) {
-      *order = 2;
+      double c = HalleyCorrection(h, s, v);
+      *order = c != 0 ? 3 : 2;
       *limit = 40;  // the double functions' own accuracy
-      double c = inv_.logSlope ? 0.5 * h * (1 + inv_.logSlope(v) - s) : 0;
-      if (std::isfinite(c) && std::fabs(c) < 0.5) {
-        h /= 1 - c;
-        *order = 3;
-      }
-      *d = h;
+      *d = h / (1 - c);
       return true;
     }
   }
@@ -313,8 +307,7 @@ bool Solver::Enclose(const arb_t y0, const arb_t T, slong prec, arb_t x) const {
 
 void Solver::ToX(arb_t x, const arb_t y, slong prec) const {
   if (inv_.reflect) {
-    arb_sub_ui(x, y, 1, prec);
-    arb_neg(x, x);
+    OneMinusBall(x, y, prec);
   } else {
     Ball s;
     ToBall(s.v, inv_.scale, prec);
