@@ -225,6 +225,28 @@ ALGEB Power(ALGEB base, ALGEB exponent) {
   return pow(ToFloat(base), ToFloat(exponent)).Handle();
 }
 
+namespace {
+
+// The exact rational value of a number (a finite float: mantissa times a power of ten).
+void ToMpq(ALGEB e, mpq_t out) {
+  if (!IsFloatNode(e)) return ExactToMpq(e, out);
+  mpz_t m, t;
+  mpz_inits(m, t, nullptr);
+  int64_t ex;
+  FloatToMpz(FloatFromHandle(e), m, &ex);
+  mpz_ui_pow_ui(t, 10, static_cast<unsigned long>(ex < 0 ? -ex : ex));
+  mpz_set(mpq_numref(out), m);
+  mpz_set_ui(mpq_denref(out), 1);
+  if (ex >= 0)
+    mpz_mul(mpq_numref(out), mpq_numref(out), t);
+  else
+    mpz_set(mpq_denref(out), t);
+  mpq_canonicalize(out);
+  mpz_clears(m, t, nullptr);
+}
+
+}  // namespace
+
 int Compare(ALGEB a, ALGEB b) {
   if (!IsNumeric(a)) RaiseFormatted("cannot determine if %1 is a real number to compare", a);
   if (!IsNumeric(b)) RaiseFormatted("cannot determine if %1 is a real number to compare", b);
@@ -251,34 +273,11 @@ int Compare(ALGEB a, ALGEB b) {
       VexaFloat p = ToFloat(a), q = ToFloat(b);
       return p < q ? -1 : p > q ? 1 : 0;
     }
-    mpq_t p, q;
-    mpq_inits(p, q, nullptr);
-    auto toMpq = [](ALGEB e, mpq_t out) {
-      if (!IsFloatNode(e)) return ExactToMpq(e, out);
-      mpz_t m, t;
-      mpz_inits(m, t, nullptr);
-      int64_t ex;
-      FloatToMpz(FloatFromHandle(e), m, &ex);
-      mpz_ui_pow_ui(t, 10, static_cast<unsigned long>(ex < 0 ? -ex : ex));
-      mpz_set(mpq_numref(out), m);
-      mpz_set_ui(mpq_denref(out), 1);
-      if (ex >= 0)
-        mpz_mul(mpq_numref(out), mpq_numref(out), t);
-      else
-        mpz_set(mpq_denref(out), t);
-      mpq_canonicalize(out);
-      mpz_clears(m, t, nullptr);
-    };
-    toMpq(a, p);
-    toMpq(b, q);
-    int c = mpq_cmp(p, q);
-    mpq_clears(p, q, nullptr);
-    return c < 0 ? -1 : c > 0 ? 1 : 0;
   }
   mpq_t p, q;
   mpq_inits(p, q, nullptr);
-  ExactToMpq(a, p);
-  ExactToMpq(b, q);
+  ToMpq(a, p);
+  ToMpq(b, q);
   int c = mpq_cmp(p, q);
   mpq_clears(p, q, nullptr);
   return c < 0 ? -1 : c > 0 ? 1 : 0;
