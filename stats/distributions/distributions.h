@@ -42,6 +42,8 @@ VexaFloat STATS_NormalProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat
 // The library's quantile, refined by Newton steps on the library's probability when Digits
 // exceeds 14.
 VexaFloat STATS_NormalDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat mu, VexaFloat sigma);
+VexaFloat STATS_NormalRandomVariate_MP(VexaKernelVector kv, VexaFloat mu, VexaFloat sigma);
+VexaFloat STATS_NormalRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
 // A rational approximation of the normal quantile (about 3 digits).
 VexaFloat STATS_NormalDeviateApprox_MP(VexaKernelVector kv, VexaFloat p);
 // A normal-based approximation for shape values A and B (neither may be 0.5).
@@ -64,5 +66,67 @@ VexaFloat STATS_UniformProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloa
 VexaFloat STATS_UniformDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
 VexaFloat STATS_UniformRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
 VexaFloat STATS_UniformRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+
+// ---- Closed forms, in the order of operations of their formulas ----
+// Weibull: b (scale), c (shape).
+VexaFloat STATS_WeibullProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat b, VexaFloat c);
+VexaFloat STATS_WeibullDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat b, VexaFloat c);
+VexaFloat STATS_WeibullRandomVariate_MP(VexaKernelVector kv, VexaFloat b, VexaFloat c);
+VexaFloat STATS_WeibullRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Triangular: lower end a, upper end b, mode c.
+VexaFloat STATS_TriangularProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b,
+                                         VexaFloat c);
+VexaFloat STATS_TriangularDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b,
+                                     VexaFloat c);
+VexaFloat STATS_TriangularRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b,
+                                           VexaFloat c);
+VexaFloat STATS_TriangularRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Rayleigh: scale b.
+VexaFloat STATS_RayleighProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat b);
+VexaFloat STATS_RayleighDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat b);
+VexaFloat STATS_RayleighRandomVariate_MP(VexaKernelVector kv, VexaFloat b);
+VexaFloat STATS_RayleighRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Power: upper end b, exponent c.
+VexaFloat STATS_PowerProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat b, VexaFloat c);
+VexaFloat STATS_PowerDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat b, VexaFloat c);
+VexaFloat STATS_PowerRandomVariate_MP(VexaKernelVector kv, VexaFloat b, VexaFloat c);
+VexaFloat STATS_PowerRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Pareto: lower end a, exponent c.
+VexaFloat STATS_ParetoProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat c);
+VexaFloat STATS_ParetoDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat c);
+VexaFloat STATS_ParetoRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat c);
+VexaFloat STATS_ParetoRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Logistic: location a, scale b.
+VexaFloat STATS_LogisticProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LogisticDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LogisticRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LogisticRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Laplace: location a, scale b.
+VexaFloat STATS_LaplaceProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LaplaceDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LaplaceRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_LaplaceRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Gumbel: location a, scale b.
+VexaFloat STATS_GumbelProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_GumbelDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+VexaFloat STATS_GumbelRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_GumbelRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Cauchy: location a, scale b.
+VexaFloat STATS_CauchyProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
+VexaFloat STATS_CauchyDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+VexaFloat STATS_CauchyRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_CauchyRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Exponential: mean b; the deviate raises for p outside [0, 1].
+VexaFloat STATS_ExponentialProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat b);
+VexaFloat STATS_ExponentialDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat b);
+VexaFloat STATS_ExponentialRandomVariate_MP(VexaKernelVector kv, VexaFloat b);
+VexaFloat STATS_ExponentialRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// LogNormal: mu and sigma of log X.
+VexaFloat STATS_LogNormalProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat mu,
+                                        VexaFloat sigma);
+VexaFloat STATS_LogNormalDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat mu,
+                                    VexaFloat sigma);
+VexaFloat STATS_LogNormalRandomVariate_MP(VexaKernelVector kv, VexaFloat mu, VexaFloat sigma);
+VexaFloat STATS_LogNormalRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
 
 #endif

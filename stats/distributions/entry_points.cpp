@@ -10,6 +10,7 @@
 #include "distributions/distributions.h"
 #include "frame/frame.h"
 #include "random/random_stream.h"
+#include "random/ziggurat.h"
 
 namespace {
 
@@ -106,8 +107,12 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
 
   if (!sample) {
     if (!row.worker.call) RaiseNotAvailable(kv, row);
+    if (row.operation != Operation::kRandomVariate)
+      return entry.Result(row.worker.call(kv, values));
+    STATS_ExactSamplingScope_MP sampling(kv);  // the sampling switch, read once per call
     return entry.Result(row.worker.call(kv, values));
   }
+  STATS_ExactSamplingScope_MP sampling(kv);
   ALGEB out = row.form == Form::kOutputArray ? STATS_CreateRandomSample_MP(kv, entry.Arg(1))
                                              : STATS_CreateRandomSample_MP(kv, n, ToVexaNULL(kv));
   if (row.form == Form::kOutputArray) n = static_cast<int>(RTableNumElements(kv, out));
@@ -156,36 +161,48 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
   ENTRY(Dist, RandomVariate, V, VariateWorker)                                   \
   ENTRY(Dist, RandomSample, S, VariateWorker)
 
+using Variate1 = VexaFloat (*)(VexaKernelVector, VexaFloat);
 using Variate2 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat);
+using Variate3 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat, VexaFloat);
 
 // Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
 DIST4(Bernoulli, 2, 2, 1, 2, MISSING, MISSING, MISSING)
 DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP), MISSING)
 DIST4(Binomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(Cauchy, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Cauchy, 3, 3, 2, 3, W(STATS_CauchyProbability_MP), W(STATS_CauchyDeviate_MP),
+      AS(Variate2, STATS_CauchyRandomVariate_MP))
 DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),
       MISSING)
 DIST4(DiscreteUniform, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(Exponential, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Exponential, 2, 2, 1, 2, W(STATS_ExponentialProbability_MP), W(STATS_ExponentialDeviate_MP),
+      AS(Variate1, STATS_ExponentialRandomVariate_MP))
 DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP), MISSING)
 DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP), MISSING)
 DIST4(Geometric, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(Gumbel, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Gumbel, 3, 3, 2, 3, W(STATS_GumbelProbability_MP), W(STATS_GumbelDeviate_MP),
+      AS(Variate2, STATS_GumbelRandomVariate_MP))
 DIST4(Hypergeometric, 4, 4, 3, 4, MISSING, MISSING, MISSING)
-DIST4(Laplace, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(Logistic, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(LogNormal, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Laplace, 3, 3, 2, 3, W(STATS_LaplaceProbability_MP), W(STATS_LaplaceDeviate_MP),
+      AS(Variate2, STATS_LaplaceRandomVariate_MP))
+DIST4(Logistic, 3, 3, 2, 3, W(STATS_LogisticProbability_MP), W(STATS_LogisticDeviate_MP),
+      AS(Variate2, STATS_LogisticRandomVariate_MP))
+DIST4(LogNormal, 3, 3, 2, 3, W(STATS_LogNormalProbability_MP), W(STATS_LogNormalDeviate_MP),
+      AS(Variate2, STATS_LogNormalRandomVariate_MP))
 DIST4(NegativeBinomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(NonCentralBeta, 4, 4, 3, 4, MISSING, MISSING, MISSING)
 DIST4(NonCentralFRatio, 4, 4, 3, 4, MISSING, MISSING, MISSING)
-DIST4(Pareto, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Pareto, 3, 3, 2, 3, W(STATS_ParetoProbability_MP), W(STATS_ParetoDeviate_MP),
+      AS(Variate2, STATS_ParetoRandomVariate_MP))
 DIST4(Poisson, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(Power, 3, 3, 2, 3, MISSING, MISSING, MISSING)
-DIST4(Rayleigh, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
-      MISSING)
-DIST4(Triangular, 4, 4, 3, 4, MISSING, MISSING, MISSING)
-DIST4(Weibull, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(Power, 3, 3, 2, 3, W(STATS_PowerProbability_MP), W(STATS_PowerDeviate_MP),
+      AS(Variate2, STATS_PowerRandomVariate_MP))
+DIST4(Rayleigh, 2, 2, 1, 2, W(STATS_RayleighProbability_MP), W(STATS_RayleighDeviate_MP),
+      AS(Variate1, STATS_RayleighRandomVariate_MP))
+DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP), MISSING)
+DIST4(Triangular, 4, 4, 3, 4, W(STATS_TriangularProbability_MP), W(STATS_TriangularDeviate_MP),
+      AS(Variate3, STATS_TriangularRandomVariate_MP))
+DIST4(Weibull, 3, 3, 2, 3, W(STATS_WeibullProbability_MP), W(STATS_WeibullDeviate_MP),
+      AS(Variate2, STATS_WeibullRandomVariate_MP))
 
 // Distributions with fewer operations, other forms or messages of their own.
 ENTRY(Empirical, Deviate, 4, MISSING)
@@ -223,11 +240,13 @@ ENTRY(NonCentralStudentT, RandomSample, 3, MISSING)
 
 ENTRY(Normal, Probability, 3, W(STATS_NormalProbability_MP))
 ENTRY(Normal, Deviate, 3, W(STATS_NormalDeviate_MP))
-ENTRY(Normal, RandomVariate, 2, MISSING)
-STATS_ENTRY(Normal, RandomSample, 3, 0, nullptr, MISSING, Form::kOutputArray, nullptr)
+ENTRY(Normal, RandomVariate, 2, AS(Variate2, STATS_NormalRandomVariate_MP))
+STATS_ENTRY(Normal, RandomSample, 3, 0, nullptr, AS(Variate2, STATS_NormalRandomVariate_MP),
+            Form::kOutputArray, nullptr)
 // Both approximations report the first one's name; the second reads three arguments after
 // checking for one.
-STATS_ENTRY(Normal, DeviateApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
+STATS_ENTRY(Normal, DeviateApprox, 1, 0,
+            "VexaNormalDeviateApprox expects 1 arguments, received: %1",
             W(STATS_NormalDeviateApprox_MP), Form::kFloats, nullptr)
 STATS_ENTRY(Normal, WApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
             W(STATS_NormalWApprox_MP), Form::kFloats, nullptr)

@@ -1,6 +1,8 @@
 // The normal distribution: probability and quantile from the numerical library, the
-// quantile refined by Newton steps at high precision, and two classical approximations.
+// quantile refined by Newton steps at high precision, two classical approximations, and
+// variates from the normal ziggurat.
 #include "distributions/distributions.h"
+#include "random/ziggurat.h"
 
 namespace {
 
@@ -74,4 +76,12 @@ VexaFloat STATS_NormalWApprox_MP(VexaKernelVector kv, VexaFloat p, VexaFloat A, 
   VexaFloat h = 2 / (1 / (2 * A - 1) + 1 / (2 * B - 1));
   return y * sqrt(h + lambda) / h -
          (1 / (2 * B - 1) - 1 / (2 * A - 1)) * (lambda + kFiveSixths - 2 / (3 * h));
+}
+
+VexaFloat STATS_NormalRandomVariate_MP(VexaKernelVector kv, VexaFloat mu, VexaFloat sigma) {
+  return mu + sigma * STATS_StandardNormalVariate_MP(kv);
+}
+
+VexaFloat STATS_NormalRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters) {
+  return STATS_NormalRandomVariate_MP(kv, parameters[0], parameters[1]);
 }

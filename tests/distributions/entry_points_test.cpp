@@ -111,12 +111,12 @@ TEST(DistributionEntryPoints, ExistWithTheirCountsAndMessages) {
 }
 
 TEST(DistributionEntryPoints, OperationsOfLaterBuildsSaySoAfterCheckingArguments) {
-  EntryPoint weibull = Find("VexaWeibullDeviate");
-  EXPECT_EQ(ErrorOf([&] { weibull(Kv(), Ones(3)); }),
-            "VexaWeibullDeviate is not available in this build");
+  EntryPoint binomial = Find("VexaBinomialDeviate");
+  EXPECT_EQ(ErrorOf([&] { binomial(Kv(), Ones(3)); }),
+            "VexaBinomialDeviate is not available in this build");
   ALGEB symbolic = vexa::NewExpseq({vexa::NewName("q_unassigned"), vexa::NewInteger(1),
                                     vexa::NewInteger(2)});
-  EXPECT_EQ(ErrorOf([&] { weibull(Kv(), symbolic); }),
+  EXPECT_EQ(ErrorOf([&] { binomial(Kv(), symbolic); }),
             "unable to evaluate q_unassigned to floating-point");
 }
 
