@@ -10,7 +10,7 @@ BUILD := build
 CMAKE_FLAGS :=
 endif
 
-.PHONY: all deps build test demo bench peers fuzz clean format
+.PHONY: all deps build test demo bench peers samplers fuzz clean format
 
 all: build
 
@@ -39,6 +39,15 @@ peers: deps
 	@cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON >/dev/null
 	@cmake --build build/bench -j$(JOBS) --target peers
 	@bench/peers/run --bin build/bench/bench/peers
+
+# Normal and exponential samples of 10^6 next to mpfr_nrandom and Boost.Random over MPFR, and
+# what the exact-sampling switch changes in their distribution.
+samplers: deps
+	@scripts/install-deps --bench
+	@cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON >/dev/null
+	@cmake --build build/bench -j$(JOBS) --target samplers
+	@build/bench/bench/peers/samplers --quality
+	@build/bench/bench/peers/samplers --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 
 # Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120).
 FUZZ_SECONDS ?= 120
