@@ -177,18 +177,21 @@ void BuildExact(STATS_ZigguratExactTables_MP& t, const Shape& s, double start) {
     for (int i = 254; i >= 1; --i) x[i] = s.inverse(t.v / x[i + 1] + s.f(x[i + 1]));
   }
   const VexaFloat m = s.scale;
-  auto threshold = [&](const VexaFloat& ratio) {
-    VexaDigitsScope working(digits + 10);
-    return static_cast<int64_t>(FloatToInt(ceil(ratio * m - 2147483648.0))) + 2147483648LL;
-  };
-  t.k[0] = threshold(t.r / q);
-  t.k[1] = 0;
-  for (int i = 2; i < 256; ++i) t.k[i] = threshold(x[i - 1] / x[i]);
   t.w[0] = VexaFloatRound(q / m, digits);
   for (int i = 1; i < 256; ++i) {
     t.w[i] = VexaFloatRound(x[i] / m, digits);
     t.f[i] = VexaFloatRound(s.f(x[i]), digits);
   }
+  // ceil(edge / width): an integer |h| (or h) times the stored width lies below the edge
+  // exactly when it lies below this. FloatToInt saturates at the int range, so it converts
+  // the value less 2^31.
+  auto threshold = [&](const VexaFloat& edge, const VexaFloat& width) {
+    VexaDigitsScope working(digits + 10);
+    return static_cast<int64_t>(FloatToInt(ceil(edge / width - 2147483648.0))) + 2147483648LL;
+  };
+  t.k[0] = threshold(x[255], t.w[0]);
+  t.k[1] = 0;
+  for (int i = 2; i < 256; ++i) t.k[i] = threshold(x[i - 1], t.w[i]);
   t.f[0] = 1;
   t.r = VexaFloatRound(t.r, digits);
   t.v = VexaFloatRound(t.v, digits);
