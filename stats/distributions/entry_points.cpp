@@ -109,10 +109,10 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
     if (!row.worker.call) RaiseNotAvailable(kv, row);
     if (row.operation != Operation::kRandomVariate)
       return entry.Result(row.worker.call(kv, values));
-    STATS_ExactSamplingScope_MP sampling(kv);  // the sampling switch, read once per call
+    STATS_ExactSamplingScope_MP sampling;  // the sampling switch is read once per call
     return entry.Result(row.worker.call(kv, values));
   }
-  STATS_ExactSamplingScope_MP sampling(kv);
+  STATS_ExactSamplingScope_MP sampling;
   ALGEB out = row.form == Form::kOutputArray ? STATS_CreateRandomSample_MP(kv, entry.Arg(1))
                                              : STATS_CreateRandomSample_MP(kv, n, ToVexaNULL(kv));
   if (row.form == Form::kOutputArray) n = static_cast<int>(RTableNumElements(kv, out));

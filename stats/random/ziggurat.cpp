@@ -316,8 +316,8 @@ VexaFloat STATS_ZigguratExpGenerator_MP::NextExact() {
 
 // ---- The switch. ----
 
-STATS_ExactSamplingScope_MP::STATS_ExactSamplingScope_MP(VexaKernelVector kv) : m_saved(gScoped) {
-  gScoped = Read(kv) ? 1 : 0;
+STATS_ExactSamplingScope_MP::STATS_ExactSamplingScope_MP() : m_saved(gScoped) {
+  gScoped = -2;
 }
 
 STATS_ExactSamplingScope_MP::~STATS_ExactSamplingScope_MP() {
@@ -334,7 +334,9 @@ bool STATS_ExactSamplingScope_MP::Read(VexaKernelVector kv) {
 }
 
 bool STATS_ExactSamplingScope_MP::Exact(VexaKernelVector kv) {
-  return gScoped >= 0 ? gScoped == 1 : Read(kv);
+  if (gScoped == -1) return Read(kv);
+  if (gScoped == -2) gScoped = Read(kv) ? 1 : 0;
+  return gScoped == 1;
 }
 
 VexaFloat STATS_StandardNormalVariate_MP(VexaKernelVector kv) {

@@ -53,20 +53,21 @@ class STATS_ZigguratExpGenerator_MP {
 };
 
 // The sampling switch: the host global _EnvStatisticsExactSampling, true or false (unassigned
-// means false; anything else is an error). An entry point reads it once through a scope, and
-// every draw within the scope uses that value; outside any scope it is read at each call.
+// means false; anything else is an error). Within a scope, which an entry point opens, it is
+// read at the first draw that needs it and kept for the rest of the call; outside any scope
+// it is read at each draw.
 class STATS_ExactSamplingScope_MP {
  public:
-  explicit STATS_ExactSamplingScope_MP(VexaKernelVector kv);
+  STATS_ExactSamplingScope_MP();
   ~STATS_ExactSamplingScope_MP();
   STATS_ExactSamplingScope_MP(const STATS_ExactSamplingScope_MP&) = delete;
   STATS_ExactSamplingScope_MP& operator=(const STATS_ExactSamplingScope_MP&) = delete;
 
   static bool Read(VexaKernelVector kv);
-  static bool Exact(VexaKernelVector kv);  // the scope's value, or the host's
+  static bool Exact(VexaKernelVector kv);
 
  private:
-  static int gScoped;  // -1 outside any scope, else 0 or 1
+  static int gScoped;  // -1 outside any scope, -2 not read yet, else 0 or 1
   int m_saved;
 };
 

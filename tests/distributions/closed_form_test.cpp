@@ -152,7 +152,8 @@ TEST(ClosedForm, InversionVariatesAreDeviatesOfOneUniform) {
 }
 
 // The normal, exponential and log-normal variates scale the ziggurat deviates; a seed repeats
-// a sample; the normal sample fills a given array; the switch takes the published algorithm.
+// a sample; the normal sample fills a given array; the switch takes the published algorithm
+// and is checked only where it is used.
 TEST(ClosedForm, ZigguratVariatesAndSamples) {
   VexaDigitsScope digits(15);
   vexa::SeedRandom(21);
@@ -193,10 +194,15 @@ TEST(ClosedForm, ZigguratVariatesAndSamples) {
   ALGEB name = ToVexaName(Kv(), "_EnvStatisticsExactSampling", 1);
   VexaAssign(Kv(), name, ToVexaBoolean(Kv(), 1));
   EXPECT_EQ(negatives(CallSample("ExponentialRandomSample", 2000, {1})), 0);
-  vexa::SeedRandom(23);
-  VexaFloat exact = Call("NormalRandomVariate", {0, 1});
-  vexa::SeedRandom(23);
-  EXPECT_EQ(exact, STATS_ZigguratNormalGenerator_MP::NextExact());
+  // a bad switch stops the ziggurat samplers before their first draw, and only them
+  VexaAssign(Kv(), name, ToVexaInteger(Kv(), 1));
+  vexa::RandomCounts before = vexa::RandomDrawn();
+  EXPECT_EQ(ErrorOf([] {
+              CallSample("NormalRandomSample", 5, {0, 1});
+            }),
+            "_EnvStatisticsExactSampling must be true or false, received: 1");
+  EXPECT_EQ(vexa::RandomDrawn().words, before.words);
+  EXPECT_EQ(RTableNumElements(Kv(), CallSample("LaplaceRandomSample", 5, {0, 1})), 5);
   vexa::Unassign(name);
 }
 

@@ -256,7 +256,8 @@ TEST(Ziggurat, SwitchSelectsTheAlgorithm) {
   vexa::SeedRandom(5);
   EXPECT_EQ(a, Normal::NextExact());
   {
-    STATS_ExactSamplingScope_MP scope(Kv());
+    STATS_ExactSamplingScope_MP scope;
+    EXPECT_TRUE(STATS_ExactSamplingScope_MP::Exact(Kv()));
     VexaAssign(Kv(), name, ToVexaBoolean(Kv(), 0));  // read once: the scope keeps true
     EXPECT_TRUE(STATS_ExactSamplingScope_MP::Exact(Kv()));
   }
