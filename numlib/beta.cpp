@@ -198,10 +198,10 @@ double LogTConstant(double nu) {
 
 // The x >= 0 with P(T >= x) = q (0 < q < 1/2). Far from the centre the inversion is of
 // S(x) / 2 = q; near it of C(x) = 1 - 2q, which keeps the relative accuracy of a small x.
-bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, NagError* fail,
-                   const char* routine) {
+bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, const VexaFloat& p,
+                   NagError* fail, const char* routine) {
   StudentT law{df};
-  double nu = std::stod(VexaFloatToString(df));
+  double nu = ToDouble(df);
   Inversion inv;
   double logGuess;
   VexaFloat t;
@@ -231,7 +231,7 @@ bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, NagErr
   }
   // y (log f)'(y) = -(df + 1) x^2 / (df + x^2)
   inv.logSlope = [nu](double u) { return -(nu + 1) / (1 + nu * std::exp(-2 * u)); };
-  return Invert(inv, t, logGuess, x, fail, routine);
+  return Invert(inv, t, logGuess, x, p, fail, routine);
 }
 
 // ---- F: z = df1 f / (df1 f + df2), 1 - z = df2 / (df1 f + df2) ----
@@ -279,7 +279,7 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
                  NagError* fail, const char* routine) {
   bool upper = p > 0.5;
   VexaFloat t = upper ? OneMinus(p) : p;
-  double ad = std::stod(VexaFloatToString(a)), bd = std::stod(VexaFloatToString(b));
+  double ad = ToDouble(a), bd = ToDouble(b);
   double logX, log1mX;
   BetaLogGuess(ad, bd, LogOf(t), upper, &logX, &log1mX);
   Inversion inv;
@@ -309,7 +309,7 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
   };
   double yad = inv.reflect ? bd : ad, ybd = inv.reflect ? ad : bd;
   inv.logSlope = [yad, ybd](double u) { return yad - 1 - (ybd - 1) / std::expm1(-u); };
-  return Invert(inv, t, inv.reflect ? log1mX : logX, x, fail, routine);
+  return Invert(inv, t, inv.reflect ? log1mX : logX, x, p, fail, routine);
 }
 
 bool CheckDf(NagError* fail, const char* routine, const char* name, const VexaFloat& df) {
@@ -330,11 +330,11 @@ VexaFloat VexaMP_g01ebc(Nag_TailProbability tail, VexaFloat t, VexaFloat df, Nag
   if (t == 0) return tail == Nag_TwoTailSignif ? 1 : tail == Nag_TwoTailConfid ? 0 : 0.5;
   StudentT law{df};
   bool negative = t < 0;
-  VexaFloat x = fabs(t);
   return Ziv(
       [&](arb_t y, slong prec) {
         Ball xb;
-        ToBall(xb.v, x, prec);
+        ToBall(xb.v, t, prec);  // |t| taken in the ball: t exactly as given
+        arb_abs(xb.v, xb.v);
         bool upperSide = tail == Nag_UpperTail;
         switch (tail) {
           case Nag_TwoTailSignif:
@@ -458,7 +458,7 @@ VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df, Nag
   }
   if (q == 0.5) return 0;
   VexaFloat x;
-  if (!TUpperDeviate(df, q, &x, fail, routine)) return 0;
+  if (!TUpperDeviate(df, q, &x, p, fail, routine)) return 0;
   return sign < 0 ? -x : x;
 }
 
@@ -476,7 +476,7 @@ VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fai
   inv.tail = [&](arb_t y, const arb_t f, slong prec) { law.Tail(y, f, upper, prec); };
   inv.density = [&](arb_t y, const arb_t f, slong prec) { law.Density(y, f, prec); };
   // from a beta starting value: f = (df2 / df1) x / (1 - x)
-  double d1 = std::stod(VexaFloatToString(df1)), d2 = std::stod(VexaFloatToString(df2));
+  double d1 = ToDouble(df1), d2 = ToDouble(df2);
   double logX, log1mX;
   BetaLogGuess(d1 / 2, d2 / 2, LogOf(t), upper, &logX, &log1mX);
   // f (log density)'(f) = df1/2 - 1 - (df1 + df2)/2 df1 f / (df1 f + df2)
@@ -484,7 +484,7 @@ VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fai
     return d1 / 2 - 1 - (d1 + d2) / 2 / (1 + d2 / d1 * std::exp(-u));
   };
   VexaFloat x;
-  if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, fail, routine)) return 0;
+  if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, p, fail, routine)) return 0;
   return x;
 }
 

@@ -108,6 +108,10 @@ double LogOf(const VexaFloat& p) {
   return std::log(d) + k * std::log(2.0) + e * std::log(10.0);
 }
 
+double ToDouble(const VexaFloat& v) {
+  return std::strtod(VexaFloatToString(v).c_str(), nullptr);
+}
+
 namespace {
 
 // Acklam's rational approximation of the lower normal quantile (relative error ~1e-9).
@@ -486,11 +490,11 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
 
 }  // namespace
 
-bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x, NagError* fail,
-            const char* routine) {
+bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x,
+            const VexaFloat& p, NagError* fail, const char* routine) {
   Solver solver(inv, t);
   if (solver.Run(logGuess, x)) return true;
-  Fail(fail, NE_CONV, routine, Shows("p", t), "the inversion converges (it did not here)");
+  Fail(fail, NE_CONV, routine, Shows("p", p), "the inversion converges (it did not here)");
   return false;
 }
 

@@ -183,6 +183,25 @@ TEST(Continuous, DeviatesInvertTheirDistributionFunctions) {
   ExpectBracketed(nearTie, "1e-40", 200);
 }
 
+// Shapes far below the double range reach the double-precision starting values as 0; the
+// routine must still answer or fail through its record, naming the probability it was given.
+TEST(Continuous, TinyShapesFailOnlyThroughTheRecord) {
+  NagError fail;
+  auto check = [&](std::function<VexaFloat()> call, const char* p) {
+    VexaFloat x;
+    EXPECT_NO_THROW(x = call());
+    if (fail.code != NE_NOERROR)
+      EXPECT_NE(std::string(fail.message).find("p = " + std::string(p) + "."), std::string::npos)
+          << fail.message;
+  };
+  check([&] { return VexaMP_g01fec(0.3, VexaFloatFromString("1e-400"), 3, 0.0, &fail); }, "0.3");
+  check([&] { return VexaMP_g01ffc(0.835, VexaFloatFromString("1e-400"), 1, 0.0, &fail); },
+        "0.835");
+  check([&] { return VexaMP_g01fbc(Nag_LowerTail, 0.975, VexaFloatFromString("1e-400"), &fail); },
+        "0.975");
+  check([&] { return VexaMP_g01fdc(0.9, VexaFloatFromString("1e-400"), 3, &fail); }, "0.9");
+}
+
 TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {
   // integers print with a trailing point ("1."), as the float library writes them
   NagError fail;
