@@ -196,32 +196,31 @@ double LogTConstant(double nu) {
   return LogGamma((nu + 1) / 2) - LogGamma(nu / 2) - 0.5 * std::log(nu * M_PI);
 }
 
-// The x >= 0 with P(T >= x) = q (0 < q < 1/2). Far from the centre the inversion is of
-// S(x) / 2 = q; near it of C(x) = 1 - 2q, which keeps the relative accuracy of a small x.
-bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, const VexaFloat& p,
-                   NagError* fail, const char* routine) {
+// The x >= 0 with S(x) / 2 = P(T >= x) = t (far from the centre, t <= 1/4), or with
+// C(x) = P(|T| <= x) = t (near it, t < 1/2: this keeps the relative accuracy of a small x).
+// The caller forms t from its probability p without a round trip through 1 - p, which for a
+// tiny p would carry every one of its digits.
+bool TDeviate(const VexaFloat& df, const VexaFloat& t, bool far, VexaFloat* x, const VexaFloat& p,
+              NagError* fail, const char* routine) {
   StudentT law{df};
   double nu = ToDouble(df);
   Inversion inv;
   double logGuess;
-  VexaFloat t;
-  if (q <= 0.25) {
-    t = q;
+  if (far) {
     inv.upper = true;
     inv.tail = [&](arb_t y, const arb_t z, slong prec) {
       law.Significance(y, z, prec);
       arb_mul_2exp_si(y, y, -1);
     };
     inv.density = [&](arb_t y, const arb_t z, slong prec) { law.Density(y, z, prec); };
-    double logQ = LogOf(q);
+    double logQ = LogOf(t);
     double z = NormalUpperDeviate(logQ);
     double cornishFisher = z + (z * z * z + z) / (4 * nu) +
                            (5 * std::pow(z, 5) + 16 * z * z * z + 3 * z) / (96 * nu * nu);
     // far tail: P(T >= x) ~ c df^((df-1)/2) x^-df
     double tailGuess = (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
-    logGuess = nu >= 5 || q > 0.1 ? std::log(std::max(cornishFisher, 1e-3)) : tailGuess;
+    logGuess = nu >= 5 || t > 0.1 ? std::log(std::max(cornishFisher, 1e-3)) : tailGuess;
   } else {
-    t = OneMinus(Twice(q));
     inv.tail = [&](arb_t y, const arb_t z, slong prec) { law.Confidence(y, z, prec); };
     inv.density = [&](arb_t y, const arb_t z, slong prec) {
       law.Density(y, z, prec);
@@ -399,12 +398,18 @@ void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, Vex
     *pdf = shape < 1 ? VexaFloatInfinity(1) : shape == 1 ? other + VexaFloat() : VexaFloat(0);
     return;
   }
-  VexaFloat xc = OneMinus(x);
+  // 1 - x exactly near 1; below 1/2 the ball's own subtraction loses nothing (and a tiny x
+  // would otherwise carry all of its digits into the complement)
+  const bool small = x < 0.5;
+  VexaFloat xc = small ? VexaFloat() : OneMinus(x);
   auto balls = [&](arb_t sa, arb_t sb, arb_t z, arb_t zc, slong prec) {
     ToBall(sa, a, prec);
     ToBall(sb, b, prec);
     ToBall(z, x, prec);
-    ToBall(zc, xc, prec);
+    if (small)
+      OneMinusBall(zc, z, prec);
+    else
+      ToBall(zc, xc, prec);
   };
   *p = Ziv(
       [&](arb_t y, slong prec) {
@@ -436,29 +441,33 @@ VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df, Nag
   if (!CheckTail(fail, routine, tail) || !CheckProbability(fail, routine, p) ||
       !CheckDf(fail, routine, "df", df))
     return 0;
-  // q = P(T >= |x|) for the x sought, and the sign of x
-  VexaFloat q;
+  // |x| from q = P(T >= |x|) <= 1/2 or from c = P(|T| <= |x|) = 1 - 2q, and the sign of x
+  VexaFloat q, c;
+  bool near = false;
+  int sign = 1;
   switch (tail) {
     case Nag_LowerTail:
-      q = OneMinus(p);
-      break;
     case Nag_UpperTail:
-      q = p;
+      if (p == 0.5) return 0;
+      q = p < 0.5 ? p : OneMinus(p);
+      sign = (p < 0.5) == (tail == Nag_UpperTail) ? 1 : -1;
+      near = q > 0.25;
+      if (near) c = OneMinus(Twice(q));
       break;
     case Nag_TwoTailSignif:
       q = Half(p);
+      near = p > 0.5;
+      if (near) c = OneMinus(p);
       break;
     default:
-      q = Half(OneMinus(p));
+      near = p < 0.5;
+      if (near)
+        c = p;
+      else
+        q = Half(OneMinus(p));
   }
-  int sign = 1;
-  if (q > 0.5) {
-    q = OneMinus(q);
-    sign = -1;
-  }
-  if (q == 0.5) return 0;
   VexaFloat x;
-  if (!TUpperDeviate(df, q, &x, p, fail, routine)) return 0;
+  if (!TDeviate(df, near ? c : q, !near, &x, p, fail, routine)) return 0;
   return sign < 0 ? -x : x;
 }
 

@@ -112,8 +112,8 @@ VexaFloat VexaMP_g01fac(Nag_TailProbability tail, VexaFloat p, NagError* fail) {
   Succeed(fail);
   if (!CheckTail(fail, routine, tail) || !CheckProbability(fail, routine, p)) return 0;
   switch (tail) {
-    case Nag_LowerTail:
-      return UpperDeviate(OneMinus(p));
+    case Nag_LowerTail:  // by symmetry; 1 - p would carry every digit of a tiny p
+      return -UpperDeviate(p);
     case Nag_UpperTail:
       return UpperDeviate(p);
     case Nag_TwoTailSignif:  // P(|X| >= x) = erfc(x / sqrt 2)

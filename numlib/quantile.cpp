@@ -220,6 +220,9 @@ class Solver {
 
   const Inversion& inv_;
   VexaFloat t_;
+  // Bits of |u| above the point: u = log y is held to absolute accuracy, so every precision
+  // carries them too (for y = 10^(10^15), 52 of them).
+  slong magnitude_ = 0;
 };
 
 bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du, int* order,
@@ -240,7 +243,7 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
   arb_div(du, g.v, slope.v, prec);
   arb_get_mid_arb(du, du);
   *order = 2;
-  *limit = prec;
+  *limit = prec - magnitude_;
   double h = arf_get_d(arb_midref(du), ARF_RND_NEAR);
   double c = HalleyCorrection(h, arf_get_d(arb_midref(slope.v), ARF_RND_NEAR),
                               arf_get_d(arb_midref(u), ARF_RND_NEAR));
@@ -446,18 +449,19 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   // Steps at rising precision, each about tripling the correct bits of u, until the
   // interval operator at full precision can enclose the root narrowly enough.
   arb_set_d(u.v, v);
-  const slong full = target + 32;
+  magnitude_ = std::max(0, std::ilogb(v) + 1);
+  const slong full = target + 32 + magnitude_;
   for (int iter = 0; 2 * bits < target + 24; ++iter) {
     if (iter > 40) return false;
-    slong prec = std::min(3 * std::max<slong>(bits, 8) + 32, full);
+    slong prec = std::min(3 * std::max<slong>(bits, 8) + 32 + magnitude_, full);
     if (!Step(u.v, y.v, T.v, prec, prec - 24, du.v, &order, &limit)) return false;
     arb_sub(u.v, u.v, du.v, prec);
     arb_get_mid_arb(u.v, u.v);
     if (arb_is_zero(du.v)) {
-      bits = prec - 28;
+      bits = prec - magnitude_ - 28;
     } else {
       slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
-      bits = std::min({order * e - 8, limit, prec - 28});
+      bits = std::min({order * e - 8, limit, prec - magnitude_ - 28});
     }
   }
 
