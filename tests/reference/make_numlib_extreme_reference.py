@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Writes numlib_extremes.txt: reference values at the far ends of the float's range, where
 probabilities and their exponents run to 10^15 and beyond (normal and Student t deviates of
-such probabilities, the beta probability of such an argument). Same line format and the same
+such probabilities, gamma deviates of tiny shapes, the beta probability of a tiny argument). Same line format and the same
 root finding and boundary test as make_numlib_deviate_reference.py; mpmath alone.
 
-Usage: python3 make_numlib_extreme_reference.py [output]   (a few seconds)
+Usage: python3 make_numlib_extreme_reference.py [output]   (about a minute)
 """
 
 import os
@@ -45,6 +45,15 @@ def t_value(p, nu, d):
     return fmt(-m, e)
 
 
+def gamma_value(p, a, d):
+    """The deviate of a tiny shape: P(a, x) ~ x^a / Gamma(a + 1) puts it at a tiny x."""
+    aa = param(a, d)
+    u0 = (mpmath.log(mpf(p)) + mpmath.loggamma(1 + aa)) / aa
+    T = guarded(lambda x: mpmath.gammainc(aa, 0, x, regularized=True))
+    m, e = solve(T, p, True, d, u0=u0)
+    return fmt(m, e)
+
+
 def cases():
     getcontext().prec = 200
     for d in (10, 30):
@@ -53,6 +62,8 @@ def cases():
                 yield ("g01fac %d %s %s" % (d, tail, p), lambda d=d, t=tail, p=p: normal_value(t, p, d))
         for p, nu in [("1e-100000000", "3"), ("1e-4000000000000000", "3"), ("1e-1000", "30")]:
             yield ("g01fbc %d lower %s %s" % (d, p, nu), lambda d=d, p=p, nu=nu: t_value(p, nu, d))
+        for p, a in [("0.835", "1e-5"), ("0.835", "1.73e-6"), ("0.1", "1e-6")]:
+            yield ("g01ffc %d %s %s 1" % (d, p, a), lambda d=d, p=p, a=a: gamma_value(p, a, d))
         for x in ["1e-100000000", "1e-4000000000000000"]:
             def f(x=x):
                 return mpmath.betainc(mpf("2.5"), mpf("3.5"), 0, mpf(x), regularized=True)
