@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "numlib/quantile.h"
 
@@ -196,6 +197,13 @@ double LogTConstant(double nu) {
   return LogGamma((nu + 1) / 2) - LogGamma(nu / 2) - 0.5 * std::log(nu * M_PI);
 }
 
+// log x from the far tail P(T >= x) ~ c df^((df-1)/2) x^-df / df = q. As df -> 0 the constant
+// tends to -log 2 (its logarithms cancel), so a df below the double range gives +infinity.
+double TLogFarGuess(double nu, double logQ) {
+  if (nu == 0) return -M_LN2 - logQ > 0 ? std::numeric_limits<double>::infinity() : 0;
+  return (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
+}
+
 // The x >= 0 with S(x) / 2 = P(T >= x) = t (far from the centre, t <= 1/4), or with
 // C(x) = P(|T| <= x) = t (near it, t < 1/2: this keeps the relative accuracy of a small x).
 // The caller forms t from its probability p without a round trip through 1 - p, which for a
@@ -217,16 +225,17 @@ bool TDeviate(const VexaFloat& df, const VexaFloat& t, bool far, VexaFloat* x, c
     double z = NormalUpperDeviate(logQ);
     double cornishFisher = z + (z * z * z + z) / (4 * nu) +
                            (5 * std::pow(z, 5) + 16 * z * z * z + 3 * z) / (96 * nu * nu);
-    // far tail: P(T >= x) ~ c df^((df-1)/2) x^-df
-    double tailGuess = (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
-    logGuess = nu >= 5 || t > 0.1 ? std::log(std::max(cornishFisher, 1e-3)) : tailGuess;
+    bool heavy = nu < 0.1 || (nu < 5 && t <= 0.1);
+    logGuess = heavy ? TLogFarGuess(nu, logQ) : std::log(std::max(cornishFisher, 1e-3));
   } else {
     inv.tail = [&](arb_t y, const arb_t z, slong prec) { law.Confidence(y, z, prec); };
     inv.density = [&](arb_t y, const arb_t z, slong prec) {
       law.Density(y, z, prec);
       arb_mul_2exp_si(y, y, 1);
     };
-    logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);
+    logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);  // C(x) ~ 2 f(0) x
+    // with a tiny df even a central probability lies far out, where S(x) = 1 - t
+    if (nu < 0.1) logGuess = std::max(TLogFarGuess(nu, std::log1p(-ToDouble(t)) - M_LN2), logGuess);
   }
   // y (log f)'(y) = -(df + 1) x^2 / (df + x^2)
   inv.logSlope = [nu](double u) { return -(nu + 1) / (1 + nu * std::exp(-2 * u)); };

@@ -496,6 +496,18 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
 
 bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x,
             const VexaFloat& p, NagError* fail, const char* routine) {
+  // A root whose logarithm lies twice as far out as the float's exponent range reaches (tiny
+  // shapes put it there, and their starting values are then the tails' leading terms, good
+  // to many digits in log y) is the float's limit: 0, or 1 when reflected, or infinity.
+  const double beyond = 2 * static_cast<double>(kMaxExponent) * std::log(10.0);
+  if (logGuess < -beyond) {
+    *x = inv.reflect ? 1 : 0;
+    return true;
+  }
+  if (logGuess > beyond && inv.ymax == 0) {
+    *x = VexaFloatInfinity(1);
+    return true;
+  }
   Solver solver(inv, t);
   if (solver.Run(logGuess, x)) return true;
   Fail(fail, NE_CONV, routine, Shows("p", p), "the inversion converges (it did not here)");

@@ -38,7 +38,8 @@ def normal_value(tail, p, d):
 
 
 def t_value(p, nu, d):
-    """The lower-tail deviate of a tiny p, from P(T <= -x) ~ c x^-nu."""
+    """The lower-tail deviate of a tiny p (or of any p < 1/2 for a tiny nu), from
+    P(T <= -x) ~ c x^-nu."""
     n = param(nu, d)
     u0 = -mpmath.log(mpf(p)) / n
     m, e = solve(guarded(lambda x: t_two(x, n)[0] / 2), p, False, d, u0=u0)
@@ -60,7 +61,8 @@ def cases():
         for p in FAR:
             for tail in ("lower", "upper"):
                 yield ("g01fac %d %s %s" % (d, tail, p), lambda d=d, t=tail, p=p: normal_value(t, p, d))
-        for p, nu in [("1e-100000000", "3"), ("1e-4000000000000000", "3"), ("1e-1000", "30")]:
+        for p, nu in [("1e-100000000", "3"), ("1e-4000000000000000", "3"), ("1e-1000", "30"),
+                      ("0.3", "2e-5"), ("0.2", "2e-5")]:
             yield ("g01fbc %d lower %s %s" % (d, p, nu), lambda d=d, p=p, nu=nu: t_value(p, nu, d))
         for p, a in [("0.835", "1e-5"), ("0.835", "1.73e-6"), ("0.1", "1e-6")]:
             yield ("g01ffc %d %s %s 1" % (d, p, a), lambda d=d, p=p, a=a: gamma_value(p, a, d))
