@@ -196,10 +196,26 @@ ALGEB Divide(ALGEB a, ALGEB b) {
   return RealOp(a, b, Op::kDiv);
 }
 
+// -x with every digit of x kept: a sign change loses nothing, so -1.2345678901234 typed at
+// Digits 10 is the number written.
+static VexaFloat NegateFloat(const VexaFloat& x) {
+  if (IsVexaFloatUndefined(x)) return x;
+  if (IsVexaFloatInfinity(x)) return VexaFloatInfinity(-1);
+  if (IsVexaFloatNegativeInfinity(x)) return VexaFloatInfinity(1);
+  mpz_t m;
+  int64_t e;
+  mpz_init(m);
+  FloatToMpz(x, m, &e);
+  mpz_neg(m, m);
+  VexaFloat r = FloatFromMpz(m, e, 0);
+  mpz_clear(m);
+  return r;
+}
+
 ALGEB Negate(ALGEB a) {
   CheckNumber(a, "negate");
   if (IsComplex(a)) return MakeComplex(Negate(Re(a)), Negate(Im(a)));
-  if (IsFloatNode(a)) return (-FloatFromHandle(a)).Handle();
+  if (IsFloatNode(a)) return NegateFloat(FloatFromHandle(a)).Handle();
   return ExactOp(NewInteger(0), a, Op::kSub);
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "numlib/quantile.h"
 
@@ -196,42 +197,49 @@ double LogTConstant(double nu) {
   return LogGamma((nu + 1) / 2) - LogGamma(nu / 2) - 0.5 * std::log(nu * M_PI);
 }
 
-// The x >= 0 with P(T >= x) = q (0 < q < 1/2). Far from the centre the inversion is of
-// S(x) / 2 = q; near it of C(x) = 1 - 2q, which keeps the relative accuracy of a small x.
-bool TUpperDeviate(const VexaFloat& df, const VexaFloat& q, VexaFloat* x, NagError* fail,
-                   const char* routine) {
+// log x from the far tail P(T >= x) ~ c df^((df-1)/2) x^-df / df = q. As df -> 0 the constant
+// tends to -log 2 (its logarithms cancel), so a df below the double range gives +infinity.
+double TLogFarGuess(double nu, double logQ) {
+  if (nu == 0) return -M_LN2 - logQ > 0 ? std::numeric_limits<double>::infinity() : 0;
+  return (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
+}
+
+// The x >= 0 with S(x) / 2 = P(T >= x) = t (far from the centre, t <= 1/4), or with
+// C(x) = P(|T| <= x) = t (near it, t < 1/2: this keeps the relative accuracy of a small x).
+// The caller forms t from its probability p without a round trip through 1 - p, which for a
+// tiny p would carry every one of its digits.
+bool TDeviate(const VexaFloat& df, const VexaFloat& t, bool far, VexaFloat* x, const VexaFloat& p,
+              NagError* fail, const char* routine) {
   StudentT law{df};
-  double nu = std::stod(VexaFloatToString(df));
+  double nu = ToDouble(df);
   Inversion inv;
   double logGuess;
-  VexaFloat t;
-  if (q <= 0.25) {
-    t = q;
+  if (far) {
     inv.upper = true;
     inv.tail = [&](arb_t y, const arb_t z, slong prec) {
       law.Significance(y, z, prec);
       arb_mul_2exp_si(y, y, -1);
     };
     inv.density = [&](arb_t y, const arb_t z, slong prec) { law.Density(y, z, prec); };
-    double logQ = LogOf(q);
+    double logQ = LogOf(t);
     double z = NormalUpperDeviate(logQ);
     double cornishFisher = z + (z * z * z + z) / (4 * nu) +
                            (5 * std::pow(z, 5) + 16 * z * z * z + 3 * z) / (96 * nu * nu);
-    // far tail: P(T >= x) ~ c df^((df-1)/2) x^-df
-    double tailGuess = (LogTConstant(nu) + (nu - 1) / 2 * std::log(nu) - logQ) / nu;
-    logGuess = nu >= 5 || q > 0.1 ? std::log(std::max(cornishFisher, 1e-3)) : tailGuess;
+    bool heavy = nu < 0.1 || (nu < 5 && t <= 0.1);
+    logGuess = heavy ? TLogFarGuess(nu, logQ) : std::log(std::max(cornishFisher, 1e-3));
   } else {
-    t = OneMinus(Twice(q));
     inv.tail = [&](arb_t y, const arb_t z, slong prec) { law.Confidence(y, z, prec); };
     inv.density = [&](arb_t y, const arb_t z, slong prec) {
       law.Density(y, z, prec);
       arb_mul_2exp_si(y, y, 1);
     };
-    logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);
+    logGuess = LogOf(t) - std::log(2.0) - LogTConstant(nu);  // C(x) ~ 2 f(0) x
+    // with a tiny df even a central probability lies far out, where S(x) = 1 - t
+    if (nu < 0.1) logGuess = std::max(TLogFarGuess(nu, std::log1p(-ToDouble(t)) - M_LN2), logGuess);
   }
   // y (log f)'(y) = -(df + 1) x^2 / (df + x^2)
   inv.logSlope = [nu](double u) { return -(nu + 1) / (1 + nu * std::exp(-2 * u)); };
-  return Invert(inv, t, logGuess, x, fail, routine);
+  return Invert(inv, t, logGuess, x, p, fail, routine);
 }
 
 // ---- F: z = df1 f / (df1 f + df2), 1 - z = df2 / (df1 f + df2) ----
@@ -279,7 +287,7 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
                  NagError* fail, const char* routine) {
   bool upper = p > 0.5;
   VexaFloat t = upper ? OneMinus(p) : p;
-  double ad = std::stod(VexaFloatToString(a)), bd = std::stod(VexaFloatToString(b));
+  double ad = ToDouble(a), bd = ToDouble(b);
   double logX, log1mX;
   BetaLogGuess(ad, bd, LogOf(t), upper, &logX, &log1mX);
   Inversion inv;
@@ -309,7 +317,7 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
   };
   double yad = inv.reflect ? bd : ad, ybd = inv.reflect ? ad : bd;
   inv.logSlope = [yad, ybd](double u) { return yad - 1 - (ybd - 1) / std::expm1(-u); };
-  return Invert(inv, t, inv.reflect ? log1mX : logX, x, fail, routine);
+  return Invert(inv, t, inv.reflect ? log1mX : logX, x, p, fail, routine);
 }
 
 bool CheckDf(NagError* fail, const char* routine, const char* name, const VexaFloat& df) {
@@ -330,11 +338,11 @@ VexaFloat VexaMP_g01ebc(Nag_TailProbability tail, VexaFloat t, VexaFloat df, Nag
   if (t == 0) return tail == Nag_TwoTailSignif ? 1 : tail == Nag_TwoTailConfid ? 0 : 0.5;
   StudentT law{df};
   bool negative = t < 0;
-  VexaFloat x = fabs(t);
   return Ziv(
       [&](arb_t y, slong prec) {
         Ball xb;
-        ToBall(xb.v, x, prec);
+        ToBall(xb.v, t, prec);  // |t| taken in the ball: t exactly as given
+        arb_abs(xb.v, xb.v);
         bool upperSide = tail == Nag_UpperTail;
         switch (tail) {
           case Nag_TwoTailSignif:
@@ -399,12 +407,18 @@ void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, Vex
     *pdf = shape < 1 ? VexaFloatInfinity(1) : shape == 1 ? other + VexaFloat() : VexaFloat(0);
     return;
   }
-  VexaFloat xc = OneMinus(x);
+  // 1 - x exactly near 1; below 1/2 the ball's own subtraction loses nothing (and a tiny x
+  // would otherwise carry all of its digits into the complement)
+  const bool small = x < 0.5;
+  VexaFloat xc = small ? VexaFloat() : OneMinus(x);
   auto balls = [&](arb_t sa, arb_t sb, arb_t z, arb_t zc, slong prec) {
     ToBall(sa, a, prec);
     ToBall(sb, b, prec);
     ToBall(z, x, prec);
-    ToBall(zc, xc, prec);
+    if (small)
+      OneMinusBall(zc, z, prec);
+    else
+      ToBall(zc, xc, prec);
   };
   *p = Ziv(
       [&](arb_t y, slong prec) {
@@ -436,29 +450,33 @@ VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df, Nag
   if (!CheckTail(fail, routine, tail) || !CheckProbability(fail, routine, p) ||
       !CheckDf(fail, routine, "df", df))
     return 0;
-  // q = P(T >= |x|) for the x sought, and the sign of x
-  VexaFloat q;
+  // |x| from q = P(T >= |x|) <= 1/2 or from c = P(|T| <= |x|) = 1 - 2q, and the sign of x
+  VexaFloat q, c;
+  bool near = false;
+  int sign = 1;
   switch (tail) {
     case Nag_LowerTail:
-      q = OneMinus(p);
-      break;
     case Nag_UpperTail:
-      q = p;
+      if (p == 0.5) return 0;
+      q = p < 0.5 ? p : OneMinus(p);
+      sign = (p < 0.5) == (tail == Nag_UpperTail) ? 1 : -1;
+      near = q > 0.25;
+      if (near) c = OneMinus(Twice(q));
       break;
     case Nag_TwoTailSignif:
       q = Half(p);
+      near = p > 0.5;
+      if (near) c = OneMinus(p);
       break;
     default:
-      q = Half(OneMinus(p));
+      near = p < 0.5;
+      if (near)
+        c = p;
+      else
+        q = Half(OneMinus(p));
   }
-  int sign = 1;
-  if (q > 0.5) {
-    q = OneMinus(q);
-    sign = -1;
-  }
-  if (q == 0.5) return 0;
   VexaFloat x;
-  if (!TUpperDeviate(df, q, &x, fail, routine)) return 0;
+  if (!TDeviate(df, near ? c : q, !near, &x, p, fail, routine)) return 0;
   return sign < 0 ? -x : x;
 }
 
@@ -476,7 +494,7 @@ VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fai
   inv.tail = [&](arb_t y, const arb_t f, slong prec) { law.Tail(y, f, upper, prec); };
   inv.density = [&](arb_t y, const arb_t f, slong prec) { law.Density(y, f, prec); };
   // from a beta starting value: f = (df2 / df1) x / (1 - x)
-  double d1 = std::stod(VexaFloatToString(df1)), d2 = std::stod(VexaFloatToString(df2));
+  double d1 = ToDouble(df1), d2 = ToDouble(df2);
   double logX, log1mX;
   BetaLogGuess(d1 / 2, d2 / 2, LogOf(t), upper, &logX, &log1mX);
   // f (log density)'(f) = df1/2 - 1 - (df1 + df2)/2 df1 f / (df1 f + df2)
@@ -484,7 +502,7 @@ VexaFloat VexaMP_g01fdc(VexaFloat p, VexaFloat df1, VexaFloat df2, NagError* fai
     return d1 / 2 - 1 - (d1 + d2) / 2 / (1 + d2 / d1 * std::exp(-u));
   };
   VexaFloat x;
-  if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, fail, routine)) return 0;
+  if (!Invert(inv, t, std::log(d2 / d1) + logX - log1mX, &x, p, fail, routine)) return 0;
   return x;
 }
 

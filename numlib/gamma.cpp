@@ -170,6 +170,11 @@ double LogGuess(double a, double logT, bool upper) {
     if (c > 0) return std::log(a) + 3 * std::log(c);
   }
   if (!upper) return (logT + LogGamma(a + 1)) / a;  // P ~ x^a / Gamma(a + 1)
+  // For a small shape an upper tail that is not small lies at a tiny x, where 1 - Q ~
+  // x^a / Gamma(a + 1) (for a = 1e-5 and Q = 0.165, near 10^-7826).
+  double logLower = std::log1p(-std::exp(logT));
+  double lowerGuess = (logLower + LogGamma(a + 1)) / a;
+  if (lowerGuess < std::log(0.1)) return lowerGuess;
   // Q ~ x^(a-1) e^-x / Gamma(a)
   double x = std::max(1.0, -logT - LogGamma(a));
   for (int i = 0; i < 4; ++i) x = std::max(1.0, -logT - LogGamma(a) + (a - 1) * std::log(x));
@@ -197,11 +202,11 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
     ToBall(sa.v, a, prec);
     GammaDensity(y, sa.v, z, prec);
   };
-  double ad = std::stod(VexaFloatToString(a));
+  double ad = ToDouble(a);
   inv.logSlope = [ad](double u) { return ad - 1 - std::exp(u); };
   inv.logTailD = [ad, upper](double u) { return LogGammaTailD(ad, u, upper); };
   inv.logDensityD = [ad](double u) { return (ad - 1) * u - std::exp(u) - std::lgamma(ad); };
-  return Invert(inv, t, LogGuess(ad, LogOf(t), upper), x, fail, routine);
+  return Invert(inv, t, LogGuess(ad, LogOf(t), upper), x, p, fail, routine);
 }
 
 }  // namespace

@@ -4,6 +4,9 @@
 // without rounding), so that no tail loses digits.
 #include <arb_hypgeom.h>
 
+#include <algorithm>
+#include <cmath>
+
 #include "numlib/quantile.h"
 
 namespace vexa {
@@ -35,6 +38,27 @@ VexaFloat UpperDeviate(const VexaFloat& q) {
   return ScaledInverse(OneMinus(Twice(q)), false, 1);
 }
 
+// erfc over the ball z. Far out Arb's erfc of an inexact ball loses every bit (the spread
+// erfc(m - r) / erfc(m + r) ~ exp(4 m r) outgrows the ball), so there the two ends, each an
+// exact point, are evaluated and joined: erfc is decreasing.
+void Erfc(arb_t y, const arb_t z, slong prec) {
+  if (arb_is_exact(z) || arf_cmpabs_2exp_si(arb_midref(z), 8) < 0) {
+    arb_hypgeom_erfc(y, z, prec);
+    return;
+  }
+  Ball lo, hi;
+  arf_t end;
+  arf_init(end);
+  arb_get_lbound_arf(end, z, prec);
+  arb_set_arf(lo.v, end);
+  arb_get_ubound_arf(end, z, prec);
+  arb_set_arf(hi.v, end);
+  arf_clear(end);
+  arb_hypgeom_erfc(lo.v, lo.v, prec);
+  arb_hypgeom_erfc(hi.v, hi.v, prec);
+  arb_union(y, lo.v, hi.v, prec);
+}
+
 }  // namespace
 }  // namespace vexa
 
@@ -44,6 +68,16 @@ VexaFloat VexaMP_g01eac(Nag_TailProbability tail, VexaFloat x, NagError* fail) {
   const char* routine = "VexaMP_g01eac";
   Succeed(fail);
   if (!CheckTail(fail, routine, tail) || !CheckFinite(fail, routine, "x", x)) return 0;
+  if (x == 0) return tail == Nag_TwoTailSignif ? 1 : tail == Nag_TwoTailConfid ? 0 : 0.5;
+  // Beyond |x| = 7e8 the far tail, below exp(-x^2/2) < 10^-(1.06e17), underflows the float
+  // and the near one rounds to 1 at any Digits.
+  if (x > 7e8 || x < -7e8) {
+    bool farSide = tail == Nag_TwoTailSignif || (tail == Nag_LowerTail) == (x < 0);
+    return farSide ? 0 : 1;
+  }
+  // erfc(z) ~ exp(-z^2): its relative accuracy is that of z^2, which costs 2 log2 |x| bits
+  double log2X = LogOf(x > 0 ? x : -x) / std::log(2.0);
+  slong extra = kExtraBits + static_cast<slong>(std::max(0.0, 2 * log2X + 2));
   return Ziv(
       [&](arb_t y, slong prec) {
         Ball s;
@@ -53,16 +87,16 @@ VexaFloat VexaMP_g01eac(Nag_TailProbability tail, VexaFloat x, NagError* fail) {
         switch (tail) {
           case Nag_LowerTail:  // erfc(-x / sqrt 2) / 2
             arb_neg(y, y);
-            arb_hypgeom_erfc(y, y, prec);
+            Erfc(y, y, prec);
             arb_mul_2exp_si(y, y, -1);
             break;
           case Nag_UpperTail:
-            arb_hypgeom_erfc(y, y, prec);
+            Erfc(y, y, prec);
             arb_mul_2exp_si(y, y, -1);
             break;
           case Nag_TwoTailSignif:  // erfc(|x| / sqrt 2)
             arb_abs(y, y);
-            arb_hypgeom_erfc(y, y, prec);
+            Erfc(y, y, prec);
             break;
           default:  // erf(|x| / sqrt 2)
             arb_abs(y, y);
@@ -70,7 +104,7 @@ VexaFloat VexaMP_g01eac(Nag_TailProbability tail, VexaFloat x, NagError* fail) {
             break;
         }
       },
-      kExtraBits);
+      extra);
 }
 
 VexaFloat VexaMP_g01fac(Nag_TailProbability tail, VexaFloat p, NagError* fail) {
@@ -78,8 +112,8 @@ VexaFloat VexaMP_g01fac(Nag_TailProbability tail, VexaFloat p, NagError* fail) {
   Succeed(fail);
   if (!CheckTail(fail, routine, tail) || !CheckProbability(fail, routine, p)) return 0;
   switch (tail) {
-    case Nag_LowerTail:
-      return UpperDeviate(OneMinus(p));
+    case Nag_LowerTail:  // by symmetry; 1 - p would carry every digit of a tiny p
+      return -UpperDeviate(p);
     case Nag_UpperTail:
       return UpperDeviate(p);
     case Nag_TwoTailSignif:  // P(|X| >= x) = erfc(x / sqrt 2)

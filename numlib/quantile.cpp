@@ -108,6 +108,10 @@ double LogOf(const VexaFloat& p) {
   return std::log(d) + k * std::log(2.0) + e * std::log(10.0);
 }
 
+double ToDouble(const VexaFloat& v) {
+  return std::strtod(VexaFloatToString(v).c_str(), nullptr);
+}
+
 namespace {
 
 // Acklam's rational approximation of the lower normal quantile (relative error ~1e-9).
@@ -216,6 +220,9 @@ class Solver {
 
   const Inversion& inv_;
   VexaFloat t_;
+  // Bits of |u| above the point: u = log y is held to absolute accuracy, so every precision
+  // carries them too (for y = 10^(10^15), 52 of them).
+  slong magnitude_ = 0;
 };
 
 bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du, int* order,
@@ -236,7 +243,7 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
   arb_div(du, g.v, slope.v, prec);
   arb_get_mid_arb(du, du);
   *order = 2;
-  *limit = prec;
+  *limit = prec - magnitude_;
   double h = arf_get_d(arb_midref(du), ARF_RND_NEAR);
   double c = HalleyCorrection(h, arf_get_d(arb_midref(slope.v), ARF_RND_NEAR),
                               arf_get_d(arb_midref(u), ARF_RND_NEAR));
@@ -442,18 +449,19 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   // Steps at rising precision, each about tripling the correct bits of u, until the
   // interval operator at full precision can enclose the root narrowly enough.
   arb_set_d(u.v, v);
-  const slong full = target + 32;
+  magnitude_ = std::max(0, std::ilogb(v) + 1);
+  const slong full = target + 32 + magnitude_;
   for (int iter = 0; 2 * bits < target + 24; ++iter) {
     if (iter > 40) return false;
-    slong prec = std::min(3 * std::max<slong>(bits, 8) + 32, full);
+    slong prec = std::min(3 * std::max<slong>(bits, 8) + 32 + magnitude_, full);
     if (!Step(u.v, y.v, T.v, prec, prec - 24, du.v, &order, &limit)) return false;
     arb_sub(u.v, u.v, du.v, prec);
     arb_get_mid_arb(u.v, u.v);
     if (arb_is_zero(du.v)) {
-      bits = prec - 28;
+      bits = prec - magnitude_ - 28;
     } else {
       slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
-      bits = std::min({order * e - 8, limit, prec - 28});
+      bits = std::min({order * e - 8, limit, prec - magnitude_ - 28});
     }
   }
 
@@ -486,11 +494,23 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
 
 }  // namespace
 
-bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x, NagError* fail,
-            const char* routine) {
+bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x,
+            const VexaFloat& p, NagError* fail, const char* routine) {
+  // A root whose logarithm lies twice as far out as the float's exponent range reaches (tiny
+  // shapes put it there, and their starting values are then the tails' leading terms, good
+  // to many digits in log y) is the float's limit: 0, or 1 when reflected, or infinity.
+  const double beyond = 2 * static_cast<double>(kMaxExponent) * std::log(10.0);
+  if (logGuess < -beyond) {
+    *x = inv.reflect ? 1 : 0;
+    return true;
+  }
+  if (logGuess > beyond && inv.ymax == 0) {
+    *x = VexaFloatInfinity(1);
+    return true;
+  }
   Solver solver(inv, t);
   if (solver.Run(logGuess, x)) return true;
-  Fail(fail, NE_CONV, routine, Shows("p", t), "the inversion converges (it did not here)");
+  Fail(fail, NE_CONV, routine, Shows("p", p), "the inversion converges (it did not here)");
   return false;
 }
 

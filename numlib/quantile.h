@@ -30,6 +30,8 @@ VexaFloat OneMinus(const VexaFloat& p);  // 1 - p, every digit kept
 VexaFloat Half(const VexaFloat& p);      // p / 2, every digit kept
 VexaFloat Twice(const VexaFloat& p);     // 2 p, every digit kept
 double LogOf(const VexaFloat& p);        // log p in double (p > 0, any exponent)
+// The nearest double; 0 or +-HUGE_VAL beyond the double range.
+double ToDouble(const VexaFloat& v);
 
 // ---- Double-precision starting values. ----
 // The standard normal z with P(Z > z) = exp(logQ) (logQ <= log 1/2 gives z >= 0; any logQ < 0).
@@ -45,8 +47,8 @@ using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
 // The answer is x = y * scale, or x = 1 - y when reflected (y then measures the distance
 // from 1, so that x near 1 keeps its digits).
 struct Inversion {
-  BallTail tail;       // T(y)
-  BallTail density;    // |dT/dy| >= 0
+  BallTail tail;     // T(y)
+  BallTail density;  // |dT/dy| >= 0
   // y (log |dT/dy|)'(y) at y = e^u, in double: Halley's correction (Newton without it)
   std::function<double(double u)> logSlope;
   // log T(e^u) and log |dT/dy| at y = e^u in double (optional): the first steps then cost
@@ -59,9 +61,10 @@ struct Inversion {
 };
 
 // The correctly rounded x with T(y(x)) = t (0 < t < 1), starting from y = exp(logGuess).
-// False (with fail filled) if the iteration cannot be brought to converge.
-bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x, NagError* fail,
-            const char* routine);
+// False (with fail filled, naming the caller's probability p) if the iteration cannot be
+// brought to converge.
+bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x,
+            const VexaFloat& p, NagError* fail, const char* routine);
 
 // The requested tail from the two one-sided tails: lower, upper, 2 min(lower, upper) and
 // |lower - upper| = 1 - 2 min(lower, upper).

@@ -192,6 +192,10 @@ TEST_F(HostTest, ExactArithmetic) {
   EXPECT_EQ(P(Divide(I(1), I(3))), "1/3");
   EXPECT_EQ(P(Add(I(1), F("0.5"))), "1.5");
   EXPECT_EQ(P(Divide(I(1), F("3."))), "0.3333333333");
+  // a sign change keeps every digit (a negative literal is the number typed); a sum rounds
+  EXPECT_EQ(P(Negate(F("1.28870330691452449339"))), "-1.28870330691452449339");
+  EXPECT_EQ(P(Subtract(I(0), F("1.28870330691452449339"))), "-1.288703307");
+  EXPECT_EQ(P(Negate(VexaFloatInfinity(1).Handle())), "Float(-infinity)");
   EXPECT_EQ(P(Multiply(NewComplex(I(1), I(1)), NewComplex(I(1), I(-1)))), "2");
   EXPECT_EQ(P(VexaNumericAdd(kv, NewRational(I(1), I(3)), I(1))), "4/3");
   EXPECT_EQ(Compare(NewRational(I(1), I(3)), F("0.3333333333")), 1);

@@ -1,5 +1,6 @@
 // The continuous probability and deviate routines against reference values (mpmath, see
-// tests/reference/make_numlib_continuous_reference.py and make_numlib_deviate_reference.py):
+// tests/reference/make_numlib_continuous_reference.py, make_numlib_deviate_reference.py and
+// make_numlib_extreme_reference.py):
 // every value must be correctly rounded.
 // Then the deviates' rounding checked by their own distribution functions at higher
 // precision, and the failure records for bad arguments.
@@ -56,8 +57,10 @@ VexaFloat Compute(const Case& c, NagError* fail) {
 TEST(Continuous, ReferenceValuesAreCorrectlyRounded) {
   std::vector<Case> cases = ReadCases("numlib_continuous.txt");
   ASSERT_GT(cases.size(), 300u);
-  std::vector<Case> deviates = ReadCases("numlib_deviates.txt");
-  cases.insert(cases.end(), deviates.begin(), deviates.end());
+  for (const char* file : {"numlib_deviates.txt", "numlib_extremes.txt"}) {
+    std::vector<Case> more = ReadCases(file);
+    cases.insert(cases.end(), more.begin(), more.end());
+  }
   struct Tally {
     int cases = 0, misses = 0;
     VexaFloat worst;
@@ -181,6 +184,25 @@ TEST(Continuous, DeviatesInvertTheirDistributionFunctions) {
                 return lo;
               }};
   ExpectBracketed(nearTie, "1e-40", 200);
+}
+
+// Shapes far below the double range reach the double-precision starting values as 0; the
+// routine must still answer or fail through its record, naming the probability it was given.
+TEST(Continuous, TinyShapesFailOnlyThroughTheRecord) {
+  NagError fail;
+  auto check = [&](std::function<VexaFloat()> call, const char* p) {
+    VexaFloat x;
+    EXPECT_NO_THROW(x = call());
+    if (fail.code != NE_NOERROR)
+      EXPECT_NE(std::string(fail.message).find("p = " + std::string(p) + "."), std::string::npos)
+          << fail.message;
+  };
+  check([&] { return VexaMP_g01fec(0.3, VexaFloatFromString("1e-400"), 3, 0.0, &fail); }, "0.3");
+  check([&] { return VexaMP_g01ffc(0.835, VexaFloatFromString("1e-400"), 1, 0.0, &fail); },
+        "0.835");
+  check([&] { return VexaMP_g01fbc(Nag_LowerTail, 0.975, VexaFloatFromString("1e-400"), &fail); },
+        "0.975");
+  check([&] { return VexaMP_g01fdc(0.9, VexaFloatFromString("1e-400"), 3, &fail); }, "0.9");
 }
 
 TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {
