@@ -93,12 +93,14 @@ VexaFloat STATS_NewtonRaphsonSafe_MP(VexaKernelVector kv, VexaFloat y,
   SafeState s;
   s.neg = gLower < 0 ? lower : upper;
   s.pos = gLower < 0 ? upper : lower;
-  s.x = 0.5 * (lower + upper);
   s.stepBefore = s.step = fabs(upper - lower);
-  s.g = Residual(kv, f, s.x, y);
-  s.d = df.Call(s.x);
+  s.x = 0.5 * (lower + upper);
   for (int iter = 0; iter < maxIter; ++iter) {
+    // Every point evaluated becomes an end of the bracket.
+    s.g = Residual(kv, f, s.x, y);
     if (s.g == 0) return s.x;
+    s.d = df.Call(s.x);
+    (s.g < 0 ? s.neg : s.pos) = s.x;
     const VexaFloat previous = s.x;
     const bool newton = NewtonStepFits(s);
     s.stepBefore = s.step;
@@ -110,9 +112,6 @@ VexaFloat STATS_NewtonRaphsonSafe_MP(VexaKernelVector kv, VexaFloat y,
       s.x = s.neg + s.step;
     }
     if (Converged(previous, s.x, tol)) return s.x;
-    s.g = Residual(kv, f, s.x, y);
-    s.d = df.Call(s.x);
-    (s.g < 0 ? s.neg : s.pos) = s.x;
   }
   VexaRaiseError(kv, kMaxIterations);
 }
