@@ -253,7 +253,7 @@ TEST(NewtonRaphsonEntries, MessagesAndDigitsOnEveryWayOut) {
     // A failure of the method itself: no iterations at all.
     args[2] = one;
     args.back() = Int(0);
-    EXPECT_NE(EntryError(e.entry, args), "no error");
+    EXPECT_EQ(EntryError(e.entry, args), e.count == 9 ? kNoConvergence : kMaxIter);
     EXPECT_EQ(VexaDigits(), 10);
     args.back() = Int(50);
     EXPECT_TRUE(VexaFloat(CallEntry(e.entry, args)) == 0.5);
