@@ -200,7 +200,8 @@ DIST4(Pareto, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Poisson, 2, 2, 1, 2, MISSING, MISSING, MISSING)
 DIST4(Power, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 DIST4(Rayleigh, 2, 2, 1, 2, MISSING, MISSING, MISSING)
-DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP), MISSING)
+DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
+      MISSING)
 DIST4(Triangular, 4, 4, 3, 4, MISSING, MISSING, MISSING)
 DIST4(Weibull, 3, 3, 2, 3, MISSING, MISSING, MISSING)
 
@@ -244,8 +245,7 @@ ENTRY(Normal, RandomVariate, 2, MISSING)
 STATS_ENTRY(Normal, RandomSample, 3, 0, nullptr, MISSING, Form::kOutputArray, nullptr)
 // Both approximations report the first one's name; the second reads three arguments after
 // checking for one.
-STATS_ENTRY(Normal, DeviateApprox, 1, 0,
-            "VexaNormalDeviateApprox expects 1 arguments, received: %1",
+STATS_ENTRY(Normal, DeviateApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
             W(STATS_NormalDeviateApprox_MP), Form::kFloats, nullptr)
 STATS_ENTRY(Normal, WApprox, 1, 0, "VexaNormalDeviateApprox expects 1 arguments, received: %1",
             W(STATS_NormalWApprox_MP), Form::kFloats, nullptr)

@@ -98,30 +98,25 @@ TEST(NewtonRaphson, FailuresEndsAndBudget) {
   LoggedFunction square([](const VexaFloat& x) { return x * x; });
   LoggedFunction twice([](const VexaFloat& x) { return 2 * x; });
   LoggedFunction undefined([](const VexaFloat&) { return VexaFloatUndefined(); });
+  LoggedFunction zero([](const VexaFloat&) { return VexaFloat(0); });
   auto plain = [&](STATS_VexaCallbackAdapter_MP& f, STATS_VexaCallbackAdapter_MP& df, double x0,
                    int maxIter) {
     return ErrorOf([&] { STATS_NewtonRaphson_MP(Kv(), 1, f, df, x0, tol, maxIter); });
   };
-  EXPECT_EQ(plain(square, twice, 0, 50), kFailed);      // f'(x0) = 0
-  EXPECT_EQ(plain(square, undefined, 3, 50), kFailed);  // no step to take
+  EXPECT_EQ(plain(square, twice, 0, 50), kFailed);  // f'(x0) = 0
   EXPECT_EQ(plain(undefined, twice, 3, 50), kFailed);
   EXPECT_EQ(plain(square, twice, 3, 0), kMaxIter);
-  EXPECT_EQ(plain(square, twice, 3, 3), kMaxIter);
   EXPECT_TRUE(STATS_NewtonRaphson_MP(Kv(), 9, square, twice, 3, tol, 1) == 3);  // f(x0) = y
 
   // The safe method: a zero at an end is returned from the end values alone; strict signs
   // fail the bracket check; a derivative of no use makes it bisect.
   EXPECT_TRUE(STATS_NewtonRaphsonSafe_MP(Kv(), 4, square, twice, 1, 2, tol, 50) == 2);
-  EXPECT_TRUE(STATS_NewtonRaphsonSafe_MP(Kv(), 1, square, twice, 1, 2, tol, 50) == 1);
   EXPECT_EQ(ErrorOf([&] { STATS_NewtonRaphsonSafe_MP(Kv(), 5, square, twice, 1, 2, tol, 50); }),
             kNotBracketed);
-  EXPECT_EQ(ErrorOf([&] { STATS_NewtonRaphsonSafe_MP(Kv(), 2, square, twice, 1, 2, tol, 0); }),
-            kMaxIter);
-  LoggedFunction flat([](const VexaFloat&) { return VexaFloat(0); });
-  flat.points.clear();
-  const VexaFloat bisected = STATS_NewtonRaphsonSafe_MP(Kv(), 2, square, flat, 1, 2, tol, 200);
+  const VexaFloat bisected = STATS_NewtonRaphsonSafe_MP(Kv(), 2, square, zero, 1, 2, tol, 200);
   EXPECT_TRUE(fabs(bisected * bisected - 2) < VexaFloatFromString("1e-18"));
-  EXPECT_GT(flat.points.size(), 50u);  // one halving per step
+  EXPECT_GT(zero.points.size(), 50u);  // one halving per step
+
   // The search and the safe method share one budget: from the barrier 0 and 1 the line x
   // reaches fHigh = 100 in one step; the safe method evaluates the midpoint 50.5 and steps to
   // the root 50, which a third evaluation confirms.
@@ -131,34 +126,15 @@ TEST(NewtonRaphson, FailuresEndsAndBudget) {
   EXPECT_EQ(
       ErrorOf([&] { STATS_NewtonRaphsonHybridLeft_MP(Kv(), 50, line, one, 0, 100, 0, 1, tol, 2); }),
       kMaxIter);
-}
-
-TEST(NewtonRaphsonHybrid, SearchMessagesNameTheFamily) {
-  VexaDigitsScope scope(20);
-  const VexaFloat tol = VexaFloatFromString("1e-20");
-  LoggedFunction one([](const VexaFloat&) { return VexaFloat(1); });
-  // A flat secant, a falling step and a flat step in the search.
-  LoggedFunction constant([](const VexaFloat&) { return VexaFloat(0); });
-  LoggedFunction falling([](const VexaFloat& x) { return x <= 0.5 ? x : VexaFloat(0.4); });
-  LoggedFunction stepped([](const VexaFloat& x) { return x >= 0.5 ? x : VexaFloat(0.5); });
-  auto left = [&](STATS_VexaCallbackAdapter_MP& f) {
-    return ErrorOf(
-        [&] { STATS_NewtonRaphsonHybridLeft_MP(Kv(), 0.8, f, one, 0, 1, 0, 0.5, tol, 50); });
-  };
-  EXPECT_EQ(left(constant), kNoConvergence);
-  EXPECT_EQ(left(falling), "specified function is not a nondecreasing function.");
+  // The search's own failures name this family.
   EXPECT_EQ(ErrorOf([&] {
-              STATS_NewtonRaphsonHybridRight_MP(Kv(), 0.2, stepped, one, 0, 1, 0.5, 1, tol, 50);
+              STATS_NewtonRaphsonHybridLeft_MP(Kv(), 0.8, zero, one, 0, 1, 0, 0.5, tol, 50);
             }),
             kNoConvergence);
   EXPECT_EQ(
       ErrorOf([&] { STATS_NewtonRaphsonHybridUnbound_MP(Kv(), 0, one, one, -9, 9, 1, 1, tol, 9); }),
       "NewtonRaphsonHybridUnbound requires distinct initial points (InitPoint1 != "
       "InitPoint2).");
-  EXPECT_EQ(ErrorOf([&] {
-              STATS_NewtonRaphsonHybridUnbound_MP(Kv(), 0.5, one, one, 0, 1, 0, 1, tol, 0);
-            }),
-            kNoConvergence);
 }
 
 // The roots reference problems with their derivatives and starting data: x0 for the plain
