@@ -10,6 +10,8 @@
 #include "vexa/float.h"
 #include "vexa/nag.h"
 
+class STATS_VexaCallbackAdapter_MP;
+
 // ---- Tails ----
 // Which tail a probability refers to. Values other than 2, 3 and 4 mean the lower tail.
 enum STATS_PROBABILITY_TYPE_MP : int32_t {
@@ -60,6 +62,12 @@ VexaFloat STATS_GammaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat 
 VexaFloat STATS_GammaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
 VexaFloat STATS_BetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
 VexaFloat STATS_BetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
+
+// ---- Error distribution: location a, scale b, shape c (c = 1 is the normal law) ----
+// The x at which the distribution function F (density f) reaches p, both given as functions.
+VexaFloat STATS_ErrorDeviate_MP(VexaKernelVector kv, VexaFloat p, STATS_VexaCallbackAdapter_MP& F,
+                                STATS_VexaCallbackAdapter_MP& f, VexaFloat a, VexaFloat b,
+                                VexaFloat c);
 
 // ---- Uniform on [a, b] ----
 VexaFloat STATS_UniformProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);

@@ -30,6 +30,7 @@ enum class Form {
   kFloats,       // every argument a float (a RandomSample's first the size n)
   kOutputArray,  // RandomSample whose first argument is n or an output array to fill
   kOpaque,       // arrays or procedures that no worker of this build takes
+  kOwn,          // the row's own function takes the arguments after the arity check
 };
 
 // A worker as the table calls it: its parameter count and a call on converted arguments.
@@ -78,6 +79,7 @@ struct EntryRow {
   Worker worker;
   Form form;
   void (*check)(const STATS_VexaEntry_MP&);  // further argument checks, or nullptr
+  ALGEB (*own)(const STATS_VexaEntry_MP&);   // Form::kOwn: the rest of the entry point
 };
 
 constexpr int kMaxArguments = 8;
@@ -95,6 +97,7 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
                                  : STATS_VexaEntry_MP::ArityMessage(row.name, row.count));
   if (row.check) row.check(entry);
   if (row.form == Form::kOpaque) RaiseNotAvailable(kv, row);
+  if (row.form == Form::kOwn) return row.own(entry);
 
   const bool sample = row.operation == Operation::kRandomSample;
   const int first = sample ? 2 : 1;
@@ -126,10 +129,20 @@ ALGEB RunEntry(VexaKernelVector kv, ALGEB args, const EntryRow& row) {
   return out;
 }
 
-// The error distribution's deviate takes two procedures.
-void CheckErrorDeviate(const STATS_VexaEntry_MP& entry) {
-  entry.Procedure(2);
-  entry.Procedure(3);
+// The error distribution's deviate: p, the distribution function and the density as
+// procedures, then a, b, c. It works at Digits + 3 and rounds to the caller's Digits.
+ALGEB ErrorDeviate(const STATS_VexaEntry_MP& entry) {
+  const VexaKernelVector kv = entry.Kernel();
+  const VexaFloat p = entry.Float(1);
+  STATS_VexaProcAdapter_MP F(kv, entry.Procedure(2)), f(kv, entry.Procedure(3));
+  const VexaFloat a = entry.Float(4), b = entry.Float(5), c = entry.Float(6);
+  const int digits = entry.Digits();
+  VexaFloat x;
+  {
+    STATS_VexaRaisedDigits_MP raised(entry, digits + 3);
+    x = STATS_ErrorDeviate_MP(kv, p, F, f, a, b, c);
+  }
+  return entry.Result(x, digits);
 }
 
 // The six-argument form of the noncentral chi-square sample ends in three procedures.
@@ -142,12 +155,17 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
 
 }  // namespace
 
-#define STATS_ENTRY(Dist, Op, Count, OtherCount, Message, Worker, Form, Check)          \
-  extern "C" ALGEB STATS_Vexa##Dist##Op##_MP(VexaKernelVector kv, ALGEB args) {         \
-    static const EntryRow row = {"Vexa" #Dist #Op, Operation::k##Op, Count, OtherCount, \
-                                 Message,          Worker,           Form,  Check};     \
-    return RunEntry(kv, args, row);                                                     \
+#define STATS_ENTRY_ROW(Dist, Op, Count, OtherCount, Message, Worker, Form, Check, Own)            \
+  extern "C" ALGEB STATS_Vexa##Dist##Op##_MP(VexaKernelVector kv, ALGEB args) {                    \
+    static const EntryRow row = {                                                                  \
+        "Vexa" #Dist #Op, Operation::k##Op, Count, OtherCount, Message, Worker, Form, Check, Own}; \
+    return RunEntry(kv, args, row);                                                                \
   }
+#define STATS_ENTRY(Dist, Op, Count, OtherCount, Message, Worker, Form, Check) \
+  STATS_ENTRY_ROW(Dist, Op, Count, OtherCount, Message, Worker, Form, Check, nullptr)
+// An entry point that takes its arguments itself after the arity check.
+#define STATS_OWN_ENTRY(Dist, Op, Count, Own) \
+  STATS_ENTRY_ROW(Dist, Op, Count, 0, nullptr, kNotAvailable, Form::kOwn, nullptr, Own)
 // The common case: the message formed by the rule, float arguments.
 #define ENTRY(Dist, Op, Count, Worker) \
   STATS_ENTRY(Dist, Op, Count, 0, nullptr, Worker, Form::kFloats, nullptr)
@@ -209,7 +227,7 @@ ENTRY(Empirical, Deviate, 4, MISSING)
 ENTRY(Empirical, RandomVariate, 3, MISSING)
 ENTRY(Empirical, RandomSample, 4, MISSING)
 
-STATS_ENTRY(Error, Deviate, 6, 0, nullptr, MISSING, Form::kOpaque, CheckErrorDeviate)
+STATS_OWN_ENTRY(Error, Deviate, 6, ErrorDeviate)
 STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1", MISSING,
             Form::kFloats, nullptr)
 STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1", MISSING, Form::kFloats,

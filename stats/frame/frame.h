@@ -184,4 +184,19 @@ class STATS_VexaEntry_MP {
   std::string m_name;
 };
 
+// Digits raised for the life of the scope, then given back the value the host's assign
+// returned, also when an error unwinds through it.
+class STATS_VexaRaisedDigits_MP {
+ public:
+  STATS_VexaRaisedDigits_MP(const STATS_VexaEntry_MP& entry, int digits)
+      : m_entry(entry), m_previous(entry.SetDigits(digits)) {}
+  ~STATS_VexaRaisedDigits_MP() { m_entry.RestoreDigits(m_previous); }
+  STATS_VexaRaisedDigits_MP(const STATS_VexaRaisedDigits_MP&) = delete;
+  STATS_VexaRaisedDigits_MP& operator=(const STATS_VexaRaisedDigits_MP&) = delete;
+
+ private:
+  const STATS_VexaEntry_MP& m_entry;
+  ALGEB m_previous;
+};
+
 #endif
