@@ -323,6 +323,12 @@ struct FRatio {
 // The Beta(a, b) quantile at lower probability p; the answer near 1 is found as 1 - y.
 bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFloat* x,
                  NagError* fail, const char* routine) {
+  // the median of a symmetric law is its centre (for tiny shapes the distribution function
+  // is flat there to within the shape, beyond the reach of any iteration)
+  if (p == 0.5 && a == b) {
+    *x = 0.5;
+    return true;
+  }
   bool upper = p > 0.5;
   VexaFloat t = upper ? OneMinus(p) : p;
   double ad = ToDouble(a), bd = ToDouble(b);
