@@ -45,10 +45,48 @@ bool TerminatingComplement(arb_t res, const arb_t a, const arb_t b, const arb_t 
   return false;
 }
 
+// A second shape below 2^-20 with z above 1/2: the mass of the law lies at z ~ 1, where
+// the series in z lose the digits of zc and their complement cancels.
+bool TinyShapeNearOne(const arb_t b, const arb_t zc) {
+  return arb_is_positive(b) && arf_cmpabs_2exp_si(arb_midref(b), -20) < 0 &&
+         arf_cmp_2exp_si(arb_midref(zc), -1) < 0;
+}
+
+// I_z(a, b) = 1 - I_zc(b, a) for a tiny b, from
+// I_zc(b, a) = zc^b Gamma(a+b) / (Gamma(a) Gamma(1+b)) 2F1(b, 1-a; b+1; zc) as
+// -expm1(b log zc + lgamma(a+b) - lgamma(a) - lgamma(1+b) + log 2F1): the exponent is of
+// the order of b, so it is carried with the bits that b lacks (and a margin for lgamma(a)).
+void TinyShapeComplement(arb_t res, const arb_t a, const arb_t b, const arb_t zc, slong prec) {
+  slong wp = prec - arf_abs_bound_lt_2exp_si(arb_midref(b)) + 64;
+  Ball e, t, c;
+  arb_log(e.v, zc, wp);
+  arb_mul(e.v, e.v, b, wp);
+  arb_add(t.v, a, b, wp);
+  arb_hypgeom_lgamma(t.v, t.v, wp);
+  arb_add(e.v, e.v, t.v, wp);
+  arb_hypgeom_lgamma(t.v, a, wp);
+  arb_sub(e.v, e.v, t.v, wp);
+  arb_add_ui(t.v, b, 1, wp);
+  arb_hypgeom_lgamma(t.v, t.v, wp);
+  arb_sub(e.v, e.v, t.v, wp);
+  arb_add_ui(c.v, b, 1, wp);
+  arb_sub_ui(t.v, a, 1, wp);
+  arb_neg(t.v, t.v);
+  arb_hypgeom_2f1(t.v, b, t.v, c.v, zc, 0, wp);
+  arb_log(t.v, t.v, wp);
+  arb_add(e.v, e.v, t.v, wp);
+  arb_expm1(res, e.v, wp);
+  arb_neg(res, res);
+}
+
 // I_z(a, b), with zc = 1 - z given separately. Above the mean I_z(a, b) is at least about
 // 1/2 and either series gives it without cancellation; below it the complement cancels, and
 // is used only when its series terminates and the direct one does not.
 void BetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc, slong prec) {
+  if (TinyShapeNearOne(b, zc)) {
+    TinyShapeComplement(res, a, b, zc, prec);
+    return;
+  }
   double ad = Mid(a), bd = Mid(b);
   bool direct;
   if (Mid(z) <= ad / (ad + bd)) {
@@ -285,6 +323,12 @@ struct FRatio {
 // The Beta(a, b) quantile at lower probability p; the answer near 1 is found as 1 - y.
 bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFloat* x,
                  NagError* fail, const char* routine) {
+  // the median of a symmetric law is its centre (for tiny shapes the distribution function
+  // is flat there to within the shape, beyond the reach of any iteration)
+  if (p == 0.5 && a == b) {
+    *x = 0.5;
+    return true;
+  }
   bool upper = p > 0.5;
   VexaFloat t = upper ? OneMinus(p) : p;
   double ad = ToDouble(a), bd = ToDouble(b);

@@ -188,7 +188,7 @@ TEST(Continuous, DeviatesInvertTheirDistributionFunctions) {
 
 // Shapes far below the double range reach the double-precision starting values as 0; the
 // routine must still answer or fail through its record, naming the probability it was given.
-TEST(Continuous, TinyShapesFailOnlyThroughTheRecord) {
+TEST(Continuous, TinyShapes) {
   NagError fail;
   auto check = [&](std::function<VexaFloat()> call, const char* p) {
     VexaFloat x;
@@ -203,6 +203,13 @@ TEST(Continuous, TinyShapesFailOnlyThroughTheRecord) {
   check([&] { return VexaMP_g01fbc(Nag_LowerTail, 0.975, VexaFloatFromString("1e-400"), &fail); },
         "0.975");
   check([&] { return VexaMP_g01fdc(0.9, VexaFloatFromString("1e-400"), 3, &fail); }, "0.9");
+  // Beta(e, e) for a tiny e holds half its mass at 0 and half at 1: the median is the centre
+  // and any other quantile lies beyond the float's range, at the limit
+  const VexaFloat e = VexaFloatFromString("1e-300");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01fec(0.5, e, e, 0.0, &fail)), "0.5");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01fec(0.3, e, e, 0.0, &fail)), "0.");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01fec(0.7, e, e, 0.0, &fail)), "1.");
+  EXPECT_EQ(fail.code, NE_NOERROR);
 }
 
 TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {

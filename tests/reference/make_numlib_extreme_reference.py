@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Writes numlib_extremes.txt: reference values at the far ends of the float's range, where
 probabilities and their exponents run to 10^15 and beyond (normal and Student t deviates of
-such probabilities, gamma deviates of tiny shapes, the beta probability of a tiny argument). Same line format and the same
+such probabilities, gamma deviates of tiny shapes, beta and F probabilities of tiny shapes,
+the beta probability of a tiny argument). Same line format and the same
 root finding and boundary test as make_numlib_deviate_reference.py; mpmath alone.
 
 Usage: python3 make_numlib_extreme_reference.py [output]   (about a minute)
@@ -66,6 +67,17 @@ def cases():
             yield ("g01fbc %d lower %s %s" % (d, p, nu), lambda d=d, p=p, nu=nu: t_value(p, nu, d))
         for p, a in [("0.835", "1e-5"), ("0.835", "1.73e-6"), ("0.1", "1e-6")]:
             yield ("g01ffc %d %s %s 1" % (d, p, a), lambda d=d, p=p, a=a: gamma_value(p, a, d))
+        # a tiny second shape: the mass lies at 1 and its complement is carried at 1000
+        # extra digits (I_z(a, b) = 1 - I_(1-z)(b, a)), z exactly as the routine forms it
+        tiny = [("g01eec_p %d 0.3 2 1e-30", "2", "1e-30", lambda: mpf("0.3")),
+                ("g01eec_p %d 0.999 2 1e-7", "2", "1e-7", lambda: mpf("0.999")),
+                ("g01edc %d lower 2 5 1e-400", "2.5", "5e-401", lambda: mpf(10) / (10 + mpf("1e-400")))]
+        for text, a, b, z in tiny:
+            def f(a=a, b=b, z=z):
+                with mp.workdps(mp.dps + 1000):
+                    zc = 1 - z()
+                    return 1 - mpmath.betainc(mpf(b), mpf(a), 0, zc, regularized=True)
+            yield (text % d, lambda d=d, f=f: decided(f, d))
         for x in ["1e-100000000", "1e-4000000000000000"]:
             def f(x=x):
                 return mpmath.betainc(mpf("2.5"), mpf("3.5"), 0, mpf(x), regularized=True)
