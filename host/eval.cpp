@@ -13,19 +13,6 @@ namespace vexa {
 
 namespace {
 
-constexpr int kMaxDepth = 3000;
-int gDepth = 0;
-
-struct DepthGuard {
-  DepthGuard() {
-    if (++gDepth > kMaxDepth) {
-      --gDepth;
-      Raise("too many levels of recursion");
-    }
-  }
-  ~DepthGuard() { --gDepth; }
-};
-
 bool IsComplex(ALGEB e) {
   return HasType(e, kComplexNode);
 }
@@ -200,7 +187,7 @@ std::vector<ALGEB> EvalfItems(ALGEB e, int digits) {
 }
 
 ALGEB EvalfRec(ALGEB e, int digits) {
-  DepthGuard guard;
+  NestingGuard guard;
   if (IsInteger(e) || IsRational(e)) return ExactToFloat(e, digits).Handle();
   uint32_t t = NodeTypeOf(e);
   switch (t) {
@@ -270,7 +257,7 @@ ALGEB Eval(ALGEB e) {
   if (IsImmediate(e)) return e;
   uint32_t t = NodeTypeOf(e);
   if (IsConstantKind(t)) return e;
-  DepthGuard guard;
+  NestingGuard guard;
   switch (t) {
     case kNameNode: {
       ALGEB v = Lookup(e);

@@ -1,7 +1,9 @@
 // The kernel's state and services: start-up, names and Digits, procedures, error
 // formatting, collector roots, the random stream and info messages.
 #include <gc/gc.h>
+#include <pthread.h>
 
+#include <algorithm>
 #include <new>
 
 #include "float/float_node.h"
@@ -181,6 +183,53 @@ ALGEB CallProcedure(ALGEB f, ALGEB args) {
     throw;
   }
   return result == nullptr ? Null() : result;
+}
+
+// ---- Recursion ----
+
+namespace {
+
+int gNesting = 0;
+
+// The lowest frame address a recursion may reach: a quarter of the thread's stack (at least
+// 512 KB) is kept back for the unguarded work below the last guard and for unwinding.
+const char* StackFloor() {
+  static thread_local const char* floor = [] {
+    pthread_attr_t attr;
+    void* base = nullptr;
+    size_t size = 0;
+    if (pthread_getattr_np(pthread_self(), &attr) == 0) {
+      pthread_attr_getstack(&attr, &base, &size);
+      pthread_attr_destroy(&attr);
+    }
+    if (base == nullptr) return static_cast<const char*>(nullptr);
+    return static_cast<const char*>(base) + std::max<size_t>(size / 4, 512 * 1024);
+  }();
+  return floor;
+}
+
+}  // namespace
+
+void CheckStack() {
+  if (static_cast<const char*>(__builtin_frame_address(0)) < StackFloor())
+    Raise("too many levels of recursion");
+}
+
+NestingGuard::NestingGuard() {
+  if (gNesting >= kMaxNesting)
+    Raise("expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)");
+  CheckStack();
+  ++gNesting;
+}
+NestingGuard::~NestingGuard() {
+  --gNesting;
+}
+
+NestingRestart::NestingRestart() : saved_(gNesting) {
+  gNesting = 0;
+}
+NestingRestart::~NestingRestart() {
+  gNesting = saved_;
 }
 
 // ---- Errors ----

@@ -466,8 +466,12 @@ std::string IntegerText(ALGEB e) {
 }
 
 // ---- Equality and hashing ----
+// Values nest without limit, so both walk the operands with a stack of their own.
 
-bool Equal(ALGEB a, ALGEB b) {
+namespace {
+
+// Compares the nodes themselves; operand pairs still to compare go on pending.
+bool EqualNode(ALGEB a, ALGEB b, std::vector<std::pair<ALGEB, ALGEB>>& pending) {
   if (a == b) return true;
   if (a == nullptr || b == nullptr || IsImmediate(a) || IsImmediate(b)) return false;
   uint32_t t = NodeTypeOf(a);
@@ -490,13 +494,12 @@ bool Equal(ALGEB a, ALGEB b) {
     default:
       if (!IsSeqKind(t)) return false;  // names, procedures, tables, rtables: identity
       if (HeaderBits(a) != HeaderBits(b) || AsSeq(a)->count != AsSeq(b)->count) return false;
-      for (uint32_t i = 0; i < AsSeq(a)->count; ++i)
-        if (!Equal(AsSeq(a)->items[i], AsSeq(b)->items[i])) return false;
+      for (uint32_t i = AsSeq(a)->count; i-- > 0;)
+        pending.emplace_back(AsSeq(a)->items[i], AsSeq(b)->items[i]);
       return true;
   }
 }
 
-namespace {
 size_t Mix(size_t h, size_t v) {
   return (h ^ v) * 0x100000001b3ULL + (h >> 29);
 }
@@ -505,13 +508,13 @@ size_t HashBytes(const void* p, size_t n, size_t h) {
   for (size_t i = 0; i < n; ++i) h = (h ^ c[i]) * 0x100000001b3ULL;
   return h;
 }
-}  // namespace
 
-size_t Hash(ALGEB e) {
-  if (e == nullptr) return 0;
-  if (IsImmediate(e)) return Mix(0x9e3779b97f4a7c15ULL, reinterpret_cast<uintptr_t>(e));
+// Mixes the node itself into h (its operands in reading order follow through pending).
+size_t HashNode(ALGEB e, size_t h, std::vector<ALGEB>& pending) {
+  if (e == nullptr) return Mix(h, 0);
+  if (IsImmediate(e)) return Mix(h, Mix(0x9e3779b97f4a7c15ULL, reinterpret_cast<uintptr_t>(e)));
   uint32_t t = NodeTypeOf(e);
-  size_t h = Mix(0xcbf29ce484222325ULL, t);
+  h = Mix(h, t);
   switch (t) {
     case kIntegerNode: {
       int32_t n = AsInteger(e)->size;
@@ -526,10 +529,34 @@ size_t Hash(ALGEB e) {
       return HashBytes(AsString(e)->text, AsString(e)->length, h);
     default:
       if (!IsSeqKind(t)) return Mix(h, reinterpret_cast<uintptr_t>(e) >> 3);
-      h = Mix(h, HeaderBits(e));
-      for (uint32_t i = 0; i < AsSeq(e)->count; ++i) h = Mix(h, Hash(AsSeq(e)->items[i]));
+      h = Mix(Mix(h, HeaderBits(e)), AsSeq(e)->count);
+      for (uint32_t i = AsSeq(e)->count; i-- > 0;) pending.push_back(AsSeq(e)->items[i]);
       return h;
   }
+}
+
+}  // namespace
+
+bool Equal(ALGEB a, ALGEB b) {
+  std::vector<std::pair<ALGEB, ALGEB>> pending;
+  if (!EqualNode(a, b, pending)) return false;
+  while (!pending.empty()) {
+    auto [x, y] = pending.back();
+    pending.pop_back();
+    if (!EqualNode(x, y, pending)) return false;
+  }
+  return true;
+}
+
+size_t Hash(ALGEB e) {
+  std::vector<ALGEB> pending;
+  size_t h = HashNode(e, 0xcbf29ce484222325ULL, pending);
+  while (!pending.empty()) {
+    ALGEB x = pending.back();
+    pending.pop_back();
+    h = HashNode(x, h, pending);
+  }
+  return h;
 }
 
 }  // namespace vexa

@@ -7,8 +7,6 @@
 namespace vexa::shell {
 namespace {
 
-constexpr int kMaxDepth = 1000;
-
 Node* Make(NodeKind kind, const Token& at, std::string text = "") {
   Node* n = new Node(kind, at.position);
   n->text = std::move(text);
@@ -38,9 +36,7 @@ std::string Describe(const Token& t) {
 // One level of nesting for as long as it lives; too many levels are a syntax error, not a
 // stack overflow.
 Parser::Deeper::Deeper(Parser* p) : parser(p) {
-  if (++parser->depth_ > kMaxDepth)
-    throw SyntaxError{"expression nested too deeply (more than 1000 levels)",
-                      parser->Peek().position};
+  if (++parser->depth_ > kMaxNesting) parser->TooDeep();
 }
 Parser::Deeper::~Deeper() {
   --parser->depth_;
@@ -87,6 +83,12 @@ void Parser::Unexpected(const Token& t, const char* context) const {
   throw SyntaxError{message, t.position, t.kind == TokenKind::kEnd};
 }
 
+void Parser::TooDeep() const {
+  throw SyntaxError{
+      "expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)",
+      Peek().position};
+}
+
 void Parser::Recover() {
   int depth = 0;
   while (!AtEnd()) {
@@ -105,6 +107,7 @@ Node* Parser::ParseStatement() {
 }
 
 Node* Parser::Statement(bool topLevel) {
+  Deeper guard(this);
   const Token& start = Peek();
   Node* s;
   if (IsSymbol(";") || IsSymbol(":")) {
@@ -358,9 +361,12 @@ Node* Parser::Power() {
   return a;
 }
 
+// Calls and indexing chain to the left (f(1)(2), a[1][2]): each link is a level of nesting.
 Node* Parser::Postfix() {
   Node* a = Primary();
-  for (;;) {
+  for (int links = 1;; ++links) {
+    if (depth_ + links > kMaxNesting && (IsSymbol("(") || IsSymbol("[") || IsSymbol("!")))
+      TooDeep();
     if (IsSymbol("(")) {
       Token t = Next();
       Node* call = Make(NodeKind::kCall, t);

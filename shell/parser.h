@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "host/kernel.h"
 #include "shell/ast.h"
 #include "shell/lexer.h"
 
@@ -37,6 +38,7 @@ class Parser {
   bool Accept(const char* s);  // symbol or keyword
   Token Expect(const char* s, const char* context);
   [[noreturn]] void Unexpected(const Token& t, const char* context = nullptr) const;
+  [[noreturn]] void TooDeep() const;
 
   Node* Statement(bool topLevel);
   Node* Block();  // statements up to a closing keyword
