@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 
 #include "float/float_node.h"
@@ -53,6 +54,26 @@ void Setup(Kernel* k) {
   Assign(NewName("randomize"), NewNativeProcedure("randomize", RandomizeBuiltin, {"n"}));
 }
 
+// GMP's allocation, failing with std::bad_alloc (which the shell reports as "out of memory")
+// instead of aborting the process.
+void* GmpAllocate(size_t bytes) {
+  void* p = std::malloc(bytes);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+void* GmpReallocate(void* old, size_t, size_t bytes) {
+  void* p = std::realloc(old, bytes);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+void GmpFree(void* p, size_t) {
+  std::free(p);
+}
+
+// The collector's warnings (a heap that cannot grow, a large block allocated again and again)
+// are not for the user: a failed allocation is reported as an error where it happens.
+void IgnoreCollectorWarning(char*, GC_word) {}
+
 void DestroyNative(void* obj, void*) {
   static_cast<NativeFn*>(obj)->~NativeFn();
 }
@@ -74,6 +95,8 @@ Kernel* GetKernel() {
   static Kernel* kernel = nullptr;
   if (kernel == nullptr) {
     GC_INIT();
+    GC_set_warn_proc(IgnoreCollectorWarning);
+    mp_set_memory_functions(GmpAllocate, GmpReallocate, GmpFree);
     kernel = new (GC_MALLOC_UNCOLLECTABLE(sizeof(Kernel))) Kernel;
     Setup(kernel);
   }

@@ -18,6 +18,17 @@ constexpr int kMaxCallDepth = 800;
 struct ReturnSignal {
   ALGEB value;
 };
+// break and next: caught by the innermost loop.
+struct LoopSignal {
+  bool leave;
+};
+// A procedure body is outside the loops of its caller.
+struct LoopScope {
+  explicit LoopScope(int* depth) : depth(depth), saved(*depth) { *depth = 0; }
+  ~LoopScope() { *depth = saved; }
+  int* depth;
+  int saved;
+};
 
 Evaluator* gEvaluator = nullptr;
 
@@ -184,6 +195,10 @@ std::string Unparse(Node* n) {
       return "while " + Unparse(n->children[0]) + " do" + UnparseBlock(n->children[1]) + " end do";
     case NodeKind::kReturn:
       return n->children.empty() ? "return" : "return " + Unparse(n->children[0]);
+    case NodeKind::kBreak:
+      return "break";
+    case NodeKind::kNext:
+      return "next";
     case NodeKind::kBlock:
       return UnparseBlock(n);
     case NodeKind::kNull:
@@ -206,6 +221,7 @@ bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
   out_ = &out;
   frames_.clear();
   callDepth_ = 0;
+  loopDepth_ = 0;
   try {
     Run(statement, !statement->silent);
     return true;
@@ -267,7 +283,7 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
           if (c == 2 || c == direction) break;
         }
         AssignName(s->text, i);
-        result = RunBlock(s->children[3], echo);
+        if (!RunLoopBody(s->children[3], echo, &result)) break;
       }
       return result;
     }
@@ -277,15 +293,22 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
       ALGEB result = Null();
       for (ALGEB x : items) {
         AssignName(s->text, x);
-        result = RunBlock(s->children[1], echo);
+        if (!RunLoopBody(s->children[1], echo, &result)) break;
       }
       return result;
     }
     case NodeKind::kWhile: {
       ALGEB result = Null();
-      while (Condition(s->children[0])) result = RunBlock(s->children[1], echo);
+      while (Condition(s->children[0]))
+        if (!RunLoopBody(s->children[1], echo, &result)) break;
       return result;
     }
+    case NodeKind::kBreak:
+    case NodeKind::kNext:
+      if (loopDepth_ == 0)
+        RaiseFormatted(std::string(s->kind == NodeKind::kBreak ? "break" : "next") +
+                       " used outside a loop");
+      throw LoopSignal{s->kind == NodeKind::kBreak};
     case NodeKind::kReturn: {
       if (frames_.empty()) RaiseFormatted("return used outside a procedure");
       throw ReturnSignal{s->children.empty() ? Null() : Evaluate(s->children[0])};
@@ -296,6 +319,22 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
       return value;
     }
   }
+}
+
+// One round of a loop; false when it ends in break.
+bool Evaluator::RunLoopBody(Node* block, bool echo, ALGEB* result) {
+  ++loopDepth_;
+  try {
+    *result = RunBlock(block, echo);
+  } catch (const LoopSignal& signal) {
+    --loopDepth_;
+    return !signal.leave;
+  } catch (...) {
+    --loopDepth_;
+    throw;
+  }
+  --loopDepth_;
+  return true;
 }
 
 ALGEB Evaluator::RunBlock(Node* block, bool echo) {
@@ -525,6 +564,7 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   ++callDepth_;
   Scope scope{&frames_, &callDepth_};
   NestingRestart fresh;
+  LoopScope outsideLoops(&loopDepth_);
   try {
     if (body->arrow) return Evaluate(body->children[0]);
     return RunBlock(body->children[0], false);

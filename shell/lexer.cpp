@@ -8,10 +8,10 @@
 namespace vexa::shell {
 namespace {
 
-const std::set<std::string> kKeywords = {"proc", "end",  "local", "global", "return", "if",
-                                         "then", "elif", "else",  "fi",     "for",    "from",
-                                         "to",   "by",   "in",    "do",     "od",     "while",
-                                         "and",  "or",   "not",   "option", "options"};
+const std::set<std::string> kKeywords = {
+    "proc", "end", "local", "global", "return",  "if",    "then", "elif", "else",
+    "fi",   "for", "from",  "to",     "by",      "in",    "do",   "od",   "while",
+    "and",  "or",  "not",   "option", "options", "break", "next"};
 
 // Longest first, so that ":=" wins over ":".
 const char* const kSymbols[] = {":=", "..", "->", "<>", "<=", ">=", "(", ")", "[", "]", "{", "}",

@@ -118,6 +118,9 @@ Node* Parser::Statement(bool topLevel) {
     s = ForStatement();
   } else if (IsKeyword("while")) {
     s = WhileStatement();
+  } else if (IsKeyword("break") || IsKeyword("next")) {
+    Token t = Next();
+    s = Make(t.text == "break" ? NodeKind::kBreak : NodeKind::kNext, t);
   } else if (IsKeyword("return")) {
     Token r = Next();
     s = Make(NodeKind::kReturn, r);
