@@ -65,6 +65,19 @@ std::vector<ALGEB> Flatten(const std::vector<ALGEB>& input, NodeType kind) {
   return out;
 }
 
+// The names infinity and undefined follow the extended reals: infinity absorbs finite
+// terms and positive factors, infinity - infinity, 0 * infinity and infinity / infinity are
+// undefined, and undefined absorbs everything.
+bool IsGlobalNamed(ALGEB e, const char* text) {
+  return IsGlobalName(e) && NameText(e) == text;
+}
+bool IsRealNumber(ALGEB e) {
+  return IsNumeric(e) && !(IsFloatNode(e) && KindOf(AsFloatNode(e)) == kUndefined);
+}
+ALGEB UndefinedName() {
+  return NewName("undefined");
+}
+
 ALGEB CombineSum(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> terms = Flatten(input, kSumNode);
   ALGEB number = NewInteger(0);
@@ -85,6 +98,13 @@ ALGEB CombineSum(const std::vector<ALGEB>& input) {
       coefficients[i] = Add(coefficients[i], c);
     }
   }
+  for (size_t i = 0; i < monomials.size(); ++i) {
+    if (IsGlobalNamed(monomials[i], "undefined")) return monomials[i];
+    if (!IsGlobalNamed(monomials[i], "infinity") || !IsRealNumber(coefficients[i])) continue;
+    if (IsZero(coefficients[i])) return UndefinedName();  // infinity - infinity
+    coefficients[i] = NewInteger(Sign(coefficients[i]));
+    if (IsRealNumber(number)) number = NewInteger(0);
+  }
   std::vector<ALGEB> out;
   for (size_t i = 0; i < monomials.size(); ++i)
     if (!IsExactZero(coefficients[i])) out.push_back(Scale(coefficients[i], monomials[i]));
@@ -99,6 +119,7 @@ ALGEB CombineProduct(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> factors = Flatten(input, kProductNode);
   ALGEB number = NewInteger(1);
   std::vector<ALGEB> bases, exponents;
+  bool infinite = false, vanishing = false;  // factors infinity^(e > 0), infinity^(e < 0)
   for (ALGEB f : factors) {
     if (IsNumber(f)) {
       number = Multiply(number, f);
@@ -109,6 +130,11 @@ ALGEB CombineProduct(const std::vector<ALGEB>& input) {
       b = AsSeq(f)->items[0];
       e = AsSeq(f)->items[1];
     }
+    if (IsGlobalNamed(b, "undefined")) return b;
+    if (IsGlobalNamed(b, "infinity") && IsRealNumber(e) && !IsZero(e)) {
+      (Sign(e) > 0 ? infinite : vanishing) = true;
+      continue;
+    }
     size_t i = 0;
     while (i < bases.size() && !Equal(bases[i], b)) ++i;
     if (i == bases.size()) {
@@ -117,6 +143,13 @@ ALGEB CombineProduct(const std::vector<ALGEB>& input) {
     } else {
       exponents[i] = Add(exponents[i], e);
     }
+  }
+  if (infinite && (vanishing || IsZero(number))) return UndefinedName();  // 0*inf, inf/inf
+  if (vanishing) return NewInteger(0);
+  if (infinite) {
+    if (IsRealNumber(number)) number = NewInteger(Sign(number));
+    bases.push_back(NewName("infinity"));
+    exponents.push_back(NewInteger(1));
   }
   if (IsZero(number) && !IsComplex(number)) return number;
   std::vector<ALGEB> out;
@@ -137,6 +170,9 @@ ALGEB CombinePower(ALGEB base, ALGEB exponent) {
   if (IsExactOne(exponent)) return base;
   if (IsExactZero(exponent)) return NewInteger(1);
   if (IsExactOne(base)) return base;
+  if (IsGlobalNamed(base, "undefined")) return base;
+  if (IsGlobalNamed(base, "infinity") && IsRealNumber(exponent) && !IsZero(exponent))
+    return Sign(exponent) > 0 ? base : NewInteger(0);
   // (x^a)^n = x^(a*n) for an integer n
   if (HasType(base, kPowerNode) && IsInteger(exponent) && IsNumber(AsSeq(base)->items[1]))
     return CombinePower(AsSeq(base)->items[0], Multiply(AsSeq(base)->items[1], exponent));

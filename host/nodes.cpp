@@ -211,23 +211,40 @@ ALGEB NewList(const std::vector<ALGEB>& items) {
   return Seq(kListNode, items);
 }
 
+// A deterministic order: numbers by value first, then everything else by printed form (and
+// hash). Each element is printed once; equal elements sort next to each other, so removing
+// duplicates compares neighbours only: O(n log n) in all.
 ALGEB NewSet(const std::vector<ALGEB>& items) {
-  std::vector<ALGEB> v;
-  for (ALGEB e : items) Splice(v, e);
-  // A deterministic order: numbers by value first, then everything else by printed form.
-  auto less = [](ALGEB a, ALGEB b) {
-    bool na = IsNumeric(a) && !IsFloatNode(a), nb = IsNumeric(b) && !IsFloatNode(b);
-    if (na != nb) return na;
-    if (na) return Compare(a, b) < 0;
-    std::string pa = Print(a), pb = Print(b);
-    if (pa != pb) return pa < pb;
-    return Hash(a) < Hash(b);
+  struct Key {
+    ALGEB e;
+    bool number;
+    std::string text;
+    size_t hash;
   };
-  std::sort(v.begin(), v.end(), less);
+  std::vector<Key> keys;
+  for (ALGEB e : items) {
+    std::vector<ALGEB> spliced;
+    Splice(spliced, e);
+    for (ALGEB x : spliced) {
+      bool number = IsNumeric(x) && !IsFloatNode(x);
+      keys.push_back({x, number, number ? std::string() : Print(x), number ? 0 : Hash(x)});
+    }
+  }
+  auto less = [](const Key& a, const Key& b) {
+    if (a.number != b.number) return a.number;
+    if (a.number) return Compare(a.e, b.e) < 0;
+    if (a.text != b.text) return a.text < b.text;
+    return a.hash < b.hash;
+  };
+  std::sort(keys.begin(), keys.end(), less);
   std::vector<ALGEB> out;
-  for (ALGEB e : v)
-    if (std::none_of(out.begin(), out.end(), [&](ALGEB o) { return Equal(o, e); }))
-      out.push_back(e);
+  size_t run = 0;  // where the run of elements that sort alike begins in out
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i > 0 && less(keys[i - 1], keys[i])) run = out.size();
+    bool seen = false;
+    for (size_t j = run; j < out.size() && !seen; ++j) seen = Equal(out[j], keys[i].e);
+    if (!seen) out.push_back(keys[i].e);
+  }
   return Seq(kSetNode, out);
 }
 

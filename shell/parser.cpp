@@ -89,20 +89,35 @@ void Parser::TooDeep() const {
       Peek().position};
 }
 
+// Skips the rest of the broken statement, read again from its start: its end is the first
+// ';' or ':' outside every block (if, for, while, proc up to their end) and, up to the fault,
+// outside every bracket. An unclosed block runs to the end of the text: one error, not one
+// per line that follows.
 void Parser::Recover() {
-  int depth = 0;
+  size_t fault = pos_;
+  pos_ = start_;
+  int blocks = 0, brackets = 0;
   while (!AtEnd()) {
     Token t = Next();
-    if (t.kind == TokenKind::kSymbol) {
-      if (t.text == "(" || t.text == "[" || t.text == "{") ++depth;
-      if (t.text == ")" || t.text == "]" || t.text == "}") --depth;
-      if (depth <= 0 && (t.text == ";" || t.text == ":")) return;
+    if (t.kind == TokenKind::kKeyword) {
+      if (t.text == "if" || t.text == "for" || t.text == "while" || t.text == "proc") ++blocks;
+      if (t.text == "fi" || t.text == "od") --blocks;
+      if (t.text == "end") {
+        --blocks;
+        if (IsKeyword("if") || IsKeyword("do") || IsKeyword("proc")) Next();
+      }
+    } else if (t.kind == TokenKind::kSymbol) {
+      if (t.text == "(" || t.text == "[" || t.text == "{") ++brackets;
+      if (t.text == ")" || t.text == "]" || t.text == "}") --brackets;
+      if ((t.text == ";" || t.text == ":") && blocks <= 0 && (brackets <= 0 || pos_ > fault))
+        return;
     }
   }
 }
 
 Node* Parser::ParseStatement() {
   depth_ = 0;
+  start_ = pos_;
   return Statement(true);
 }
 

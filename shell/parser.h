@@ -21,7 +21,7 @@ class Parser {
   bool AtEnd() const { return Peek().kind == TokenKind::kEnd; }
   // One statement with its terminator; throws SyntaxError.
   Node* ParseStatement();
-  // After an error: skip past the next top-level ';' or ':'.
+  // After an error: skip past the end of the broken statement.
   void Recover();
 
  private:
@@ -66,6 +66,7 @@ class Parser {
 
   std::vector<Token> tokens_;
   size_t pos_ = 0;
+  size_t start_ = 0;  // of the statement being parsed
   int depth_ = 0;
   bool lenientEnd_;
 };
