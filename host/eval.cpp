@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <unordered_map>
 
 #include "float/float_node.h"
 #include "host/nodes.h"
@@ -53,6 +54,35 @@ ALGEB Scale(ALGEB coefficient, ALGEB monomial) {
   return NewProduct({coefficient, monomial});
 }
 
+// Distinct values in order of first appearance. Past a few, they are found again through their
+// hash, so that collecting n terms takes O(n) and not O(n^2) comparisons.
+class Distinct {
+ public:
+  // The index of x, added when it is new.
+  size_t Find(ALGEB x) {
+    if (items_.size() < kLinear) {
+      for (size_t i = 0; i < items_.size(); ++i)
+        if (Equal(items_[i], x)) return i;
+    } else {
+      if (index_.empty())
+        for (size_t i = 0; i < items_.size(); ++i) index_[Hash(items_[i])].push_back(i);
+      std::vector<size_t>& bucket = index_[Hash(x)];
+      for (size_t i : bucket)
+        if (Equal(items_[i], x)) return i;
+      bucket.push_back(items_.size());
+    }
+    items_.push_back(x);
+    return items_.size() - 1;
+  }
+  size_t size() const { return items_.size(); }
+  ALGEB operator[](size_t i) const { return items_[i]; }
+
+ private:
+  static constexpr size_t kLinear = 8;
+  std::vector<ALGEB> items_;
+  std::unordered_map<size_t, std::vector<size_t>> index_;
+};
+
 // Operands of nested sums (or products) lifted into one list.
 std::vector<ALGEB> Flatten(const std::vector<ALGEB>& input, NodeType kind) {
   std::vector<ALGEB> out;
@@ -81,7 +111,8 @@ ALGEB UndefinedName() {
 ALGEB CombineSum(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> terms = Flatten(input, kSumNode);
   ALGEB number = NewInteger(0);
-  std::vector<ALGEB> monomials, coefficients;
+  Distinct monomials;
+  std::vector<ALGEB> coefficients;
   for (ALGEB t : terms) {
     if (IsNumber(t)) {
       number = Add(number, t);
@@ -89,14 +120,11 @@ ALGEB CombineSum(const std::vector<ALGEB>& input) {
     }
     ALGEB c, m;
     SplitTerm(t, &c, &m);
-    size_t i = 0;
-    while (i < monomials.size() && !Equal(monomials[i], m)) ++i;
-    if (i == monomials.size()) {
-      monomials.push_back(m);
+    size_t i = monomials.Find(m);
+    if (i == coefficients.size())
       coefficients.push_back(c);
-    } else {
+    else
       coefficients[i] = Add(coefficients[i], c);
-    }
   }
   for (size_t i = 0; i < monomials.size(); ++i) {
     if (IsGlobalNamed(monomials[i], "undefined")) return monomials[i];
@@ -118,7 +146,8 @@ ALGEB CombinePower(ALGEB base, ALGEB exponent);
 ALGEB CombineProduct(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> factors = Flatten(input, kProductNode);
   ALGEB number = NewInteger(1);
-  std::vector<ALGEB> bases, exponents;
+  Distinct bases;
+  std::vector<ALGEB> exponents;
   bool infinite = false, vanishing = false;  // factors infinity^(e > 0), infinity^(e < 0)
   for (ALGEB f : factors) {
     if (IsNumber(f)) {
@@ -135,20 +164,17 @@ ALGEB CombineProduct(const std::vector<ALGEB>& input) {
       (Sign(e) > 0 ? infinite : vanishing) = true;
       continue;
     }
-    size_t i = 0;
-    while (i < bases.size() && !Equal(bases[i], b)) ++i;
-    if (i == bases.size()) {
-      bases.push_back(b);
+    size_t i = bases.Find(b);
+    if (i == exponents.size())
       exponents.push_back(e);
-    } else {
+    else
       exponents[i] = Add(exponents[i], e);
-    }
   }
   if (infinite && (vanishing || IsZero(number))) return UndefinedName();  // 0*inf, inf/inf
   if (vanishing) return NewInteger(0);
   if (infinite) {
     if (IsRealNumber(number)) number = NewInteger(Sign(number));
-    bases.push_back(NewName("infinity"));
+    bases.Find(NewName("infinity"));
     exponents.push_back(NewInteger(1));
   }
   if (IsZero(number) && !IsComplex(number)) return number;

@@ -487,9 +487,23 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
       }
       return value;
     }
-    for (auto it = links.rbegin(); it != links.rend(); ++it)
-      value = Arithmetic((*it)->text, value, Evaluate((*it)->children[1]));
-    return value;
+    // numbers combine one by one; from the first symbolic operand on, the rest of the chain
+    // is collected into one sum (product) that the kernel evaluates once
+    std::vector<ALGEB> rest;
+    for (auto it = links.rbegin(); it != links.rend(); ++it) {
+      ALGEB b = Evaluate((*it)->children[1]);
+      const std::string& link = (*it)->text;
+      if (rest.empty() && IsArithmeticOperand(value) && IsArithmeticOperand(b)) {
+        value = Arithmetic(link, value, b);
+        continue;
+      }
+      if (rest.empty()) rest.push_back(value);
+      if (link == "-") b = IsArithmeticOperand(b) ? Negate(b) : SymbolicNegate(b);
+      if (link == "/") b = NewPower(b, NewInteger(-1));
+      rest.push_back(b);
+    }
+    if (rest.empty()) return value;
+    return Eval(op == "+" || op == "-" ? NewSum(rest) : NewProduct(rest));
   }
   ALGEB a = Evaluate(e->children[0]);
   ALGEB b = Evaluate(e->children[1]);
