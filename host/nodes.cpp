@@ -565,10 +565,12 @@ bool Equal(ALGEB a, ALGEB b) {
   return true;
 }
 
+// Hashes the first million nodes in reading order: equal values agree on them, and a value
+// that shares its parts ([x, x] wrapped a hundred times) is not walked for ever.
 size_t Hash(ALGEB e) {
   std::vector<ALGEB> pending;
   size_t h = HashNode(e, 0xcbf29ce484222325ULL, pending);
-  while (!pending.empty()) {
+  for (int visited = 1; !pending.empty() && visited < (1 << 20); ++visited) {
     ALGEB x = pending.back();
     pending.pop_back();
     h = HashNode(x, h, pending);

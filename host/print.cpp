@@ -92,9 +92,16 @@ const char* DataTypeName(int dt) {
 
 class Printer {
  public:
+  static constexpr size_t kMaxPrinted = size_t(1) << 28;
+
   std::string Run(ALGEB e) {
     stack_.push_back({e, kSeqP, ""});
     while (!stack_.empty()) {
+      // a value that shares its parts ([x, x] wrapped a hundred times) can be far larger
+      // printed than it is in memory
+      if (out_.size() > kMaxPrinted)
+        Raise("value too large to print (more than " + std::to_string(kMaxPrinted) +
+              " characters)");
       Piece p = std::move(stack_.back());
       stack_.pop_back();
       if (p.e == nullptr)
