@@ -1,5 +1,6 @@
 // The kernel's state and services: start-up, names and Digits, procedures, error
 // formatting, collector roots, the random stream and info messages.
+#include <flint.h>
 #include <gc/gc.h>
 #include <pthread.h>
 
@@ -54,8 +55,8 @@ void Setup(Kernel* k) {
   Assign(NewName("randomize"), NewNativeProcedure("randomize", RandomizeBuiltin, {"n"}));
 }
 
-// GMP's allocation, failing with std::bad_alloc (which the shell reports as "out of memory")
-// instead of aborting the process.
+// GMP's and FLINT's allocation, failing with std::bad_alloc (which the shell reports as "out
+// of memory") instead of aborting the process.
 void* GmpAllocate(size_t bytes) {
   void* p = std::malloc(bytes);
   if (p == nullptr) throw std::bad_alloc();
@@ -68,6 +69,14 @@ void* GmpReallocate(void* old, size_t, size_t bytes) {
 }
 void GmpFree(void* p, size_t) {
   std::free(p);
+}
+void* FlintReallocate(void* old, size_t bytes) {
+  return GmpReallocate(old, 0, bytes);
+}
+void* FlintZeroAllocate(size_t count, size_t size) {
+  void* p = std::calloc(count, size);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
 }
 
 // The collector's warnings (a heap that cannot grow, a large block allocated again and again)
@@ -97,6 +106,7 @@ Kernel* GetKernel() {
     GC_INIT();
     GC_set_warn_proc(IgnoreCollectorWarning);
     mp_set_memory_functions(GmpAllocate, GmpReallocate, GmpFree);
+    __flint_set_memory_functions(GmpAllocate, FlintZeroAllocate, FlintReallocate, std::free);
     kernel = new (GC_MALLOC_UNCOLLECTABLE(sizeof(Kernel))) Kernel;
     Setup(kernel);
   }
