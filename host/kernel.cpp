@@ -243,9 +243,12 @@ const char* StackFloor() {
 
 }  // namespace
 
+bool StackAlmostFull() {
+  return static_cast<const char*>(__builtin_frame_address(0)) < StackFloor();
+}
+
 void CheckStack() {
-  if (static_cast<const char*>(__builtin_frame_address(0)) < StackFloor())
-    Raise("too many levels of recursion");
+  if (StackAlmostFull()) Raise("too many levels of recursion");
 }
 
 NestingGuard::NestingGuard() {

@@ -179,6 +179,7 @@ class NestingRestart {
  private:
   int saved_;
 };
+bool StackAlmostFull();
 void CheckStack();  // raises "too many levels of recursion" when the stack is all but used up
 
 // ---- Errors. ----

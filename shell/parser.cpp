@@ -37,6 +37,7 @@ std::string Describe(const Token& t) {
 // stack overflow.
 Parser::Deeper::Deeper(Parser* p) : parser(p) {
   if (++parser->depth_ > kMaxNesting) parser->TooDeep();
+  if (StackAlmostFull()) throw SyntaxError{"too many levels of recursion", parser->Peek().position};
 }
 Parser::Deeper::~Deeper() {
   --parser->depth_;
