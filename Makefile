@@ -49,15 +49,16 @@ samplers: deps
 	@build/bench/bench/peers/samplers --quality
 	@build/bench/bench/peers/samplers --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 
-# Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120).
+# Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120), with the language's
+# dictionary and seeds of deep nesting, long flat expressions and huge numbers.
 FUZZ_SECONDS ?= 120
 fuzz: deps
 	@scripts/install-deps --fuzz
 	@CC=clang CXX=clang++ cmake -S . -B build/fuzz -DVEXA_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 	@cmake --build build/fuzz -j$(JOBS) --target fuzz_shell
 	@mkdir -p build/fuzz/corpus
-	@cp tests/shell/*.vx examples/*.vx build/fuzz/corpus/ 2>/dev/null || true
-	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 -detect_leaks=0 -artifact_prefix=build/fuzz/ build/fuzz/corpus
+	@cp tests/shell/*.vx tests/shell/fuzz/seeds/*.vx examples/*.vx build/fuzz/corpus/ 2>/dev/null || true
+	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 -detect_leaks=0 -dict=tests/shell/fuzz/shell.dict -artifact_prefix=build/fuzz/ build/fuzz/corpus
 
 clean:
 	rm -rf build

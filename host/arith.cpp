@@ -1,7 +1,9 @@
 // Arithmetic on host numbers. Integers and rationals combine exactly through GMP (with a
 // machine-word fast path for immediates); a float operand makes the result a float at the
 // current Digits; complex values combine part by part.
+#include <algorithm>
 #include <climits>
+#include <cmath>
 
 #include "float/float_node.h"
 #include "host/nodes.h"
@@ -38,6 +40,19 @@ VexaFloat ToFloat(ALGEB e) {
 
 enum class Op { kAdd, kSub, kMul, kDiv };
 
+// log2 |m| (m not zero).
+double Log2Abs(const mpz_t m) {
+  long exponent;
+  double d = mpz_get_d_2exp(&exponent, m);
+  return static_cast<double>(exponent) + std::log2(std::fabs(d));
+}
+
+// Refuses a result of about `bits` bits (numerator or denominator) before computing it.
+void CheckResultBits(double bits) {
+  if (bits > kMaxIntegerDigits * 3.3219280948873623)
+    Raise("integer too large (more than " + std::to_string(kMaxIntegerDigits) + " digits)");
+}
+
 ALGEB ExactOp(ALGEB a, ALGEB b, Op op) {
   if (IsImmediate(a) && IsImmediate(b)) {
     long long x = ImmediateValue(a), y = ImmediateValue(b), r;
@@ -62,6 +77,20 @@ ALGEB ExactOp(ALGEB a, ALGEB b, Op op) {
   mpq_inits(x, y, nullptr);
   ExactToMpq(a, x);
   ExactToMpq(b, y);
+  if (op == Op::kMul || op == Op::kDiv) {
+    size_t n = mpz_sizeinbase(mpq_numref(x), 2) + mpz_sizeinbase(mpq_numref(y), 2);
+    size_t d = mpz_sizeinbase(mpq_denref(x), 2) + mpz_sizeinbase(mpq_denref(y), 2);
+    if (op == Op::kDiv) {
+      n = mpz_sizeinbase(mpq_numref(x), 2) + mpz_sizeinbase(mpq_denref(y), 2);
+      d = mpz_sizeinbase(mpq_denref(x), 2) + mpz_sizeinbase(mpq_numref(y), 2);
+    }
+    try {
+      CheckResultBits(static_cast<double>(std::max(n, d)) - 2);
+    } catch (...) {
+      mpq_clears(x, y, nullptr);
+      throw;
+    }
+  }
   if (op == Op::kDiv && mpq_sgn(y) == 0) {
     mpq_clears(x, y, nullptr);
     Raise("numeric exception: division by zero");
@@ -135,10 +164,16 @@ ALGEB ExactIntegerPower(ALGEB base, ALGEB exponent) {
     Raise("numeric exception: division by zero");
   }
   mpz_abs(e, e);
-  if (!unit && !zero && mpz_cmp_ui(e, 100000000UL) > 0) {
-    mpz_clear(e);
-    mpq_clear(b);
-    RaiseFormatted("exponent too large for an exact power: %1", exponent);
+  if (!unit && !zero) {
+    // the result's numerator and denominator have about |e| log2 |.| bits each
+    double bits = mpz_fits_ulong_p(e)
+                      ? mpz_get_d(e) * std::max(Log2Abs(mpq_numref(b)), Log2Abs(mpq_denref(b)))
+                      : HUGE_VAL;
+    if (bits > kMaxIntegerDigits * 3.3219280948873623) {
+      mpz_clear(e);
+      mpq_clear(b);
+      CheckResultBits(bits);
+    }
   }
   unsigned long k = mpz_get_ui(e);
   if (unit && mpq_sgn(b) < 0) k = k % 2 == 0 ? 2 : 1;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <unordered_map>
 
 #include "float/float_node.h"
 #include "host/nodes.h"
@@ -12,19 +13,6 @@
 namespace vexa {
 
 namespace {
-
-constexpr int kMaxDepth = 3000;
-int gDepth = 0;
-
-struct DepthGuard {
-  DepthGuard() {
-    if (++gDepth > kMaxDepth) {
-      --gDepth;
-      Raise("too many levels of recursion");
-    }
-  }
-  ~DepthGuard() { --gDepth; }
-};
 
 bool IsComplex(ALGEB e) {
   return HasType(e, kComplexNode);
@@ -66,6 +54,35 @@ ALGEB Scale(ALGEB coefficient, ALGEB monomial) {
   return NewProduct({coefficient, monomial});
 }
 
+// Distinct values in order of first appearance. Past a few, they are found again through their
+// hash, so that collecting n terms takes O(n) and not O(n^2) comparisons.
+class Distinct {
+ public:
+  // The index of x, added when it is new.
+  size_t Find(ALGEB x) {
+    if (items_.size() < kLinear) {
+      for (size_t i = 0; i < items_.size(); ++i)
+        if (Equal(items_[i], x)) return i;
+    } else {
+      if (index_.empty())
+        for (size_t i = 0; i < items_.size(); ++i) index_[Hash(items_[i])].push_back(i);
+      std::vector<size_t>& bucket = index_[Hash(x)];
+      for (size_t i : bucket)
+        if (Equal(items_[i], x)) return i;
+      bucket.push_back(items_.size());
+    }
+    items_.push_back(x);
+    return items_.size() - 1;
+  }
+  size_t size() const { return items_.size(); }
+  ALGEB operator[](size_t i) const { return items_[i]; }
+
+ private:
+  static constexpr size_t kLinear = 8;
+  std::vector<ALGEB> items_;
+  std::unordered_map<size_t, std::vector<size_t>> index_;
+};
+
 // Operands of nested sums (or products) lifted into one list.
 std::vector<ALGEB> Flatten(const std::vector<ALGEB>& input, NodeType kind) {
   std::vector<ALGEB> out;
@@ -78,10 +95,24 @@ std::vector<ALGEB> Flatten(const std::vector<ALGEB>& input, NodeType kind) {
   return out;
 }
 
+// The names infinity and undefined follow the extended reals: infinity absorbs finite
+// terms and positive factors, infinity - infinity, 0 * infinity and infinity / infinity are
+// undefined, and undefined absorbs everything.
+bool IsGlobalNamed(ALGEB e, const char* text) {
+  return IsGlobalName(e) && NameText(e) == text;
+}
+bool IsRealNumber(ALGEB e) {
+  return IsNumeric(e) && !(IsFloatNode(e) && KindOf(AsFloatNode(e)) == kUndefined);
+}
+ALGEB UndefinedName() {
+  return NewName("undefined");
+}
+
 ALGEB CombineSum(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> terms = Flatten(input, kSumNode);
   ALGEB number = NewInteger(0);
-  std::vector<ALGEB> monomials, coefficients;
+  Distinct monomials;
+  std::vector<ALGEB> coefficients;
   for (ALGEB t : terms) {
     if (IsNumber(t)) {
       number = Add(number, t);
@@ -89,14 +120,18 @@ ALGEB CombineSum(const std::vector<ALGEB>& input) {
     }
     ALGEB c, m;
     SplitTerm(t, &c, &m);
-    size_t i = 0;
-    while (i < monomials.size() && !Equal(monomials[i], m)) ++i;
-    if (i == monomials.size()) {
-      monomials.push_back(m);
+    size_t i = monomials.Find(m);
+    if (i == coefficients.size())
       coefficients.push_back(c);
-    } else {
+    else
       coefficients[i] = Add(coefficients[i], c);
-    }
+  }
+  for (size_t i = 0; i < monomials.size(); ++i) {
+    if (IsGlobalNamed(monomials[i], "undefined")) return monomials[i];
+    if (!IsGlobalNamed(monomials[i], "infinity") || !IsRealNumber(coefficients[i])) continue;
+    if (IsZero(coefficients[i])) return UndefinedName();  // infinity - infinity
+    coefficients[i] = NewInteger(Sign(coefficients[i]));
+    if (IsRealNumber(number)) number = NewInteger(0);
   }
   std::vector<ALGEB> out;
   for (size_t i = 0; i < monomials.size(); ++i)
@@ -111,7 +146,9 @@ ALGEB CombinePower(ALGEB base, ALGEB exponent);
 ALGEB CombineProduct(const std::vector<ALGEB>& input) {
   std::vector<ALGEB> factors = Flatten(input, kProductNode);
   ALGEB number = NewInteger(1);
-  std::vector<ALGEB> bases, exponents;
+  Distinct bases;
+  std::vector<ALGEB> exponents;
+  bool infinite = false, vanishing = false;  // factors infinity^(e > 0), infinity^(e < 0)
   for (ALGEB f : factors) {
     if (IsNumber(f)) {
       number = Multiply(number, f);
@@ -122,14 +159,23 @@ ALGEB CombineProduct(const std::vector<ALGEB>& input) {
       b = AsSeq(f)->items[0];
       e = AsSeq(f)->items[1];
     }
-    size_t i = 0;
-    while (i < bases.size() && !Equal(bases[i], b)) ++i;
-    if (i == bases.size()) {
-      bases.push_back(b);
-      exponents.push_back(e);
-    } else {
-      exponents[i] = Add(exponents[i], e);
+    if (IsGlobalNamed(b, "undefined")) return b;
+    if (IsGlobalNamed(b, "infinity") && IsRealNumber(e) && !IsZero(e)) {
+      (Sign(e) > 0 ? infinite : vanishing) = true;
+      continue;
     }
+    size_t i = bases.Find(b);
+    if (i == exponents.size())
+      exponents.push_back(e);
+    else
+      exponents[i] = Add(exponents[i], e);
+  }
+  if (infinite && (vanishing || IsZero(number))) return UndefinedName();  // 0*inf, inf/inf
+  if (vanishing) return NewInteger(0);
+  if (infinite) {
+    if (IsRealNumber(number)) number = NewInteger(Sign(number));
+    bases.Find(NewName("infinity"));
+    exponents.push_back(NewInteger(1));
   }
   if (IsZero(number) && !IsComplex(number)) return number;
   std::vector<ALGEB> out;
@@ -150,6 +196,9 @@ ALGEB CombinePower(ALGEB base, ALGEB exponent) {
   if (IsExactOne(exponent)) return base;
   if (IsExactZero(exponent)) return NewInteger(1);
   if (IsExactOne(base)) return base;
+  if (IsGlobalNamed(base, "undefined")) return base;
+  if (IsGlobalNamed(base, "infinity") && IsRealNumber(exponent) && !IsZero(exponent))
+    return Sign(exponent) > 0 ? base : NewInteger(0);
   // (x^a)^n = x^(a*n) for an integer n
   if (HasType(base, kPowerNode) && IsInteger(exponent) && IsNumber(AsSeq(base)->items[1]))
     return CombinePower(AsSeq(base)->items[0], Multiply(AsSeq(base)->items[1], exponent));
@@ -200,7 +249,7 @@ std::vector<ALGEB> EvalfItems(ALGEB e, int digits) {
 }
 
 ALGEB EvalfRec(ALGEB e, int digits) {
-  DepthGuard guard;
+  NestingGuard guard;
   if (IsInteger(e) || IsRational(e)) return ExactToFloat(e, digits).Handle();
   uint32_t t = NodeTypeOf(e);
   switch (t) {
@@ -270,7 +319,7 @@ ALGEB Eval(ALGEB e) {
   if (IsImmediate(e)) return e;
   uint32_t t = NodeTypeOf(e);
   if (IsConstantKind(t)) return e;
-  DepthGuard guard;
+  NestingGuard guard;
   switch (t) {
     case kNameNode: {
       ALGEB v = Lookup(e);

@@ -1,7 +1,11 @@
 // The kernel's state and services: start-up, names and Digits, procedures, error
 // formatting, collector roots, the random stream and info messages.
+#include <flint.h>
 #include <gc/gc.h>
+#include <pthread.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <new>
 
 #include "float/float_node.h"
@@ -51,6 +55,34 @@ void Setup(Kernel* k) {
   Assign(NewName("randomize"), NewNativeProcedure("randomize", RandomizeBuiltin, {"n"}));
 }
 
+// GMP's and FLINT's allocation, failing with std::bad_alloc (which the shell reports as "out
+// of memory") instead of aborting the process.
+void* GmpAllocate(size_t bytes) {
+  void* p = std::malloc(bytes);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+void* GmpReallocate(void* old, size_t, size_t bytes) {
+  void* p = std::realloc(old, bytes);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+void GmpFree(void* p, size_t) {
+  std::free(p);
+}
+void* FlintReallocate(void* old, size_t bytes) {
+  return GmpReallocate(old, 0, bytes);
+}
+void* FlintZeroAllocate(size_t count, size_t size) {
+  void* p = std::calloc(count, size);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+
+// The collector's warnings (a heap that cannot grow, a large block allocated again and again)
+// are not for the user: a failed allocation is reported as an error where it happens.
+void IgnoreCollectorWarning(char*, GC_word) {}
+
 void DestroyNative(void* obj, void*) {
   static_cast<NativeFn*>(obj)->~NativeFn();
 }
@@ -72,6 +104,9 @@ Kernel* GetKernel() {
   static Kernel* kernel = nullptr;
   if (kernel == nullptr) {
     GC_INIT();
+    GC_set_warn_proc(IgnoreCollectorWarning);
+    mp_set_memory_functions(GmpAllocate, GmpReallocate, GmpFree);
+    __flint_set_memory_functions(GmpAllocate, FlintZeroAllocate, FlintReallocate, std::free);
     kernel = new (GC_MALLOC_UNCOLLECTABLE(sizeof(Kernel))) Kernel;
     Setup(kernel);
   }
@@ -181,6 +216,56 @@ ALGEB CallProcedure(ALGEB f, ALGEB args) {
     throw;
   }
   return result == nullptr ? Null() : result;
+}
+
+// ---- Recursion ----
+
+namespace {
+
+int gNesting = 0;
+
+// The lowest frame address a recursion may reach: a quarter of the thread's stack (at least
+// 512 KB) is kept back for the unguarded work below the last guard and for unwinding.
+const char* StackFloor() {
+  static thread_local const char* floor = [] {
+    pthread_attr_t attr;
+    void* base = nullptr;
+    size_t size = 0;
+    if (pthread_getattr_np(pthread_self(), &attr) == 0) {
+      pthread_attr_getstack(&attr, &base, &size);
+      pthread_attr_destroy(&attr);
+    }
+    if (base == nullptr) return static_cast<const char*>(nullptr);
+    return static_cast<const char*>(base) + std::max<size_t>(size / 4, 512 * 1024);
+  }();
+  return floor;
+}
+
+}  // namespace
+
+bool StackAlmostFull() {
+  return static_cast<const char*>(__builtin_frame_address(0)) < StackFloor();
+}
+
+void CheckStack() {
+  if (StackAlmostFull()) Raise("too many levels of recursion");
+}
+
+NestingGuard::NestingGuard() {
+  if (gNesting >= kMaxNesting)
+    Raise("expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)");
+  CheckStack();
+  ++gNesting;
+}
+NestingGuard::~NestingGuard() {
+  --gNesting;
+}
+
+NestingRestart::NestingRestart() : saved_(gNesting) {
+  gNesting = 0;
+}
+NestingRestart::~NestingRestart() {
+  gNesting = saved_;
 }
 
 // ---- Errors ----

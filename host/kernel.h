@@ -156,6 +156,32 @@ void RTableSetElement(ALGEB rt, const M_INT* index, ALGEB value);
 // ---- Printing. ----
 std::string Print(ALGEB e);  // the shell's output form; NULL prints as ""
 
+// ---- Recursion over syntax trees and values. ----
+// Each level of a recursion over a tree or a value holds a NestingGuard. More than kMaxNesting
+// levels raise "expression nested too deeply (more than 1000 levels)"; a stack all but used up
+// raises "too many levels of recursion", whatever the count. A NestingRestart (a procedure
+// call: its body is a tree of its own) counts from zero while it lives.
+constexpr int kMaxNesting = 1000;
+class NestingGuard {
+ public:
+  NestingGuard();
+  ~NestingGuard();
+  NestingGuard(const NestingGuard&) = delete;
+  NestingGuard& operator=(const NestingGuard&) = delete;
+};
+class NestingRestart {
+ public:
+  NestingRestart();
+  ~NestingRestart();
+  NestingRestart(const NestingRestart&) = delete;
+  NestingRestart& operator=(const NestingRestart&) = delete;
+
+ private:
+  int saved_;
+};
+bool StackAlmostFull();
+void CheckStack();  // raises "too many levels of recursion" when the stack is all but used up
+
 // ---- Errors. ----
 // Formats "%1" and "%2" with the printed arguments (arguments may be null) and throws.
 [[noreturn]] void RaiseFormatted(const std::string& templ, ALGEB a1 = nullptr, ALGEB a2 = nullptr);

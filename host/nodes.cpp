@@ -211,23 +211,40 @@ ALGEB NewList(const std::vector<ALGEB>& items) {
   return Seq(kListNode, items);
 }
 
+// A deterministic order: numbers by value first, then everything else by printed form (and
+// hash). Each element is printed once; equal elements sort next to each other, so removing
+// duplicates compares neighbours only: O(n log n) in all.
 ALGEB NewSet(const std::vector<ALGEB>& items) {
-  std::vector<ALGEB> v;
-  for (ALGEB e : items) Splice(v, e);
-  // A deterministic order: numbers by value first, then everything else by printed form.
-  auto less = [](ALGEB a, ALGEB b) {
-    bool na = IsNumeric(a) && !IsFloatNode(a), nb = IsNumeric(b) && !IsFloatNode(b);
-    if (na != nb) return na;
-    if (na) return Compare(a, b) < 0;
-    std::string pa = Print(a), pb = Print(b);
-    if (pa != pb) return pa < pb;
-    return Hash(a) < Hash(b);
+  struct Key {
+    ALGEB e;
+    bool number;
+    std::string text;
+    size_t hash;
   };
-  std::sort(v.begin(), v.end(), less);
+  std::vector<Key> keys;
+  for (ALGEB e : items) {
+    std::vector<ALGEB> spliced;
+    Splice(spliced, e);
+    for (ALGEB x : spliced) {
+      bool number = IsNumeric(x) && !IsFloatNode(x);
+      keys.push_back({x, number, number ? std::string() : Print(x), number ? 0 : Hash(x)});
+    }
+  }
+  auto less = [](const Key& a, const Key& b) {
+    if (a.number != b.number) return a.number;
+    if (a.number) return Compare(a.e, b.e) < 0;
+    if (a.text != b.text) return a.text < b.text;
+    return a.hash < b.hash;
+  };
+  std::sort(keys.begin(), keys.end(), less);
   std::vector<ALGEB> out;
-  for (ALGEB e : v)
-    if (std::none_of(out.begin(), out.end(), [&](ALGEB o) { return Equal(o, e); }))
-      out.push_back(e);
+  size_t run = 0;  // where the run of elements that sort alike begins in out
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i > 0 && less(keys[i - 1], keys[i])) run = out.size();
+    bool seen = false;
+    for (size_t j = run; j < out.size() && !seen; ++j) seen = Equal(out[j], keys[i].e);
+    if (!seen) out.push_back(keys[i].e);
+  }
   return Seq(kSetNode, out);
 }
 
@@ -466,8 +483,12 @@ std::string IntegerText(ALGEB e) {
 }
 
 // ---- Equality and hashing ----
+// Values nest without limit, so both walk the operands with a stack of their own.
 
-bool Equal(ALGEB a, ALGEB b) {
+namespace {
+
+// Compares the nodes themselves; operand pairs still to compare go on pending.
+bool EqualNode(ALGEB a, ALGEB b, std::vector<std::pair<ALGEB, ALGEB>>& pending) {
   if (a == b) return true;
   if (a == nullptr || b == nullptr || IsImmediate(a) || IsImmediate(b)) return false;
   uint32_t t = NodeTypeOf(a);
@@ -490,13 +511,12 @@ bool Equal(ALGEB a, ALGEB b) {
     default:
       if (!IsSeqKind(t)) return false;  // names, procedures, tables, rtables: identity
       if (HeaderBits(a) != HeaderBits(b) || AsSeq(a)->count != AsSeq(b)->count) return false;
-      for (uint32_t i = 0; i < AsSeq(a)->count; ++i)
-        if (!Equal(AsSeq(a)->items[i], AsSeq(b)->items[i])) return false;
+      for (uint32_t i = AsSeq(a)->count; i-- > 0;)
+        pending.emplace_back(AsSeq(a)->items[i], AsSeq(b)->items[i]);
       return true;
   }
 }
 
-namespace {
 size_t Mix(size_t h, size_t v) {
   return (h ^ v) * 0x100000001b3ULL + (h >> 29);
 }
@@ -505,13 +525,13 @@ size_t HashBytes(const void* p, size_t n, size_t h) {
   for (size_t i = 0; i < n; ++i) h = (h ^ c[i]) * 0x100000001b3ULL;
   return h;
 }
-}  // namespace
 
-size_t Hash(ALGEB e) {
-  if (e == nullptr) return 0;
-  if (IsImmediate(e)) return Mix(0x9e3779b97f4a7c15ULL, reinterpret_cast<uintptr_t>(e));
+// Mixes the node itself into h (its operands in reading order follow through pending).
+size_t HashNode(ALGEB e, size_t h, std::vector<ALGEB>& pending) {
+  if (e == nullptr) return Mix(h, 0);
+  if (IsImmediate(e)) return Mix(h, Mix(0x9e3779b97f4a7c15ULL, reinterpret_cast<uintptr_t>(e)));
   uint32_t t = NodeTypeOf(e);
-  size_t h = Mix(0xcbf29ce484222325ULL, t);
+  h = Mix(h, t);
   switch (t) {
     case kIntegerNode: {
       int32_t n = AsInteger(e)->size;
@@ -526,10 +546,36 @@ size_t Hash(ALGEB e) {
       return HashBytes(AsString(e)->text, AsString(e)->length, h);
     default:
       if (!IsSeqKind(t)) return Mix(h, reinterpret_cast<uintptr_t>(e) >> 3);
-      h = Mix(h, HeaderBits(e));
-      for (uint32_t i = 0; i < AsSeq(e)->count; ++i) h = Mix(h, Hash(AsSeq(e)->items[i]));
+      h = Mix(Mix(h, HeaderBits(e)), AsSeq(e)->count);
+      for (uint32_t i = AsSeq(e)->count; i-- > 0;) pending.push_back(AsSeq(e)->items[i]);
       return h;
   }
+}
+
+}  // namespace
+
+bool Equal(ALGEB a, ALGEB b) {
+  std::vector<std::pair<ALGEB, ALGEB>> pending;
+  if (!EqualNode(a, b, pending)) return false;
+  while (!pending.empty()) {
+    auto [x, y] = pending.back();
+    pending.pop_back();
+    if (!EqualNode(x, y, pending)) return false;
+  }
+  return true;
+}
+
+// Hashes the first million nodes in reading order: equal values agree on them, and a value
+// that shares its parts ([x, x] wrapped a hundred times) is not walked for ever.
+size_t Hash(ALGEB e) {
+  std::vector<ALGEB> pending;
+  size_t h = HashNode(e, 0xcbf29ce484222325ULL, pending);
+  for (int visited = 1; !pending.empty() && visited < (1 << 20); ++visited) {
+    ALGEB x = pending.back();
+    pending.pop_back();
+    h = HashNode(x, h, pending);
+  }
+  return h;
 }
 
 }  // namespace vexa

@@ -126,6 +126,10 @@ inline bool HasType(ALGEB e, uint32_t type) {
   return IsNode(e) && NodeTypeOf(e) == type;
 }
 
+// Exact arithmetic refuses, before computing it, an integer of more than this many digits
+// ("integer too large").
+constexpr long kMaxIntegerDigits = 100000000;
+
 // Allocation: scanned (may hold handles) and atomic (holds none). Both raise on exhaustion.
 void* AllocScanned(size_t bytes);
 void* AllocAtomic(size_t bytes);

@@ -82,6 +82,25 @@ ALGEB InitialAt(ALGEB init, const M_INT* index, const std::vector<M_INT>& lo, si
   return v;
 }
 
+// More initial values than the bounds hold, at any dimension, is an error.
+void CheckInitialFits(const std::string& name, ALGEB init, const std::vector<M_INT>& lo,
+                      const std::vector<M_INT>& hi) {
+  std::vector<ALGEB> level{init};
+  for (size_t d = 0; d < lo.size() && !level.empty(); ++d) {
+    std::vector<ALGEB> next;
+    for (ALGEB v : level) {
+      if (!IsList(v)) continue;
+      if (NumOps(v) > hi[d] - lo[d] + 1)
+        RaiseIn(name, "the initial list has " + std::to_string(NumOps(v)) +
+                          " values for the bounds " + std::to_string(lo[d]) + " .. " +
+                          std::to_string(hi[d]));
+      if (d + 1 < lo.size())
+        for (ALGEB x : Ops(v)) next.push_back(x);
+    }
+    level.swap(next);
+  }
+}
+
 }  // namespace
 
 ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call) {
@@ -134,6 +153,7 @@ ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call) {
     }
   }
   if (name == "Vector" && lo.size() != 1) RaiseIn(name, "a Vector has one dimension");
+  if (init != nullptr) CheckInitialFits(name, init, lo, hi);
   RTableSettings s;
   RTableGetDefaults(kv, &s);
   s.num_dimensions = static_cast<int>(lo.size());

@@ -32,6 +32,8 @@ enum class NodeKind {
   kForIn,      // text: variable; children: container, body
   kWhile,      // children: condition, body
   kReturn,     // children: [value]
+  kBreak,      // leaves the innermost loop
+  kNext,       // goes on with the innermost loop's next round
   kBlock,      // children: statements
   kNull,       // an empty statement
 };

@@ -26,8 +26,9 @@ std::vector<ALGEB> ContainerItems(ALGEB container);
 // base[indices] for lists, sequences, tables, rtables; an indexed name otherwise.
 ALGEB Select(ALGEB base, const std::vector<ALGEB>& indices);
 
-// Errors with a location: "Error, (in NAME) message".
+// Errors with a location: "Error, (in NAME) message", unprintable bytes shown as \xNN.
 std::string ErrorText(const HostError& e);
+std::string Printable(const std::string& text);
 [[noreturn]] void RaiseIn(const std::string& where, const std::string& message);
 // Runs f; an error raised inside without a location gets `where`.
 ALGEB CallNamedEntry(const std::string& where, const std::function<ALGEB()>& f);

@@ -18,6 +18,17 @@ constexpr int kMaxCallDepth = 800;
 struct ReturnSignal {
   ALGEB value;
 };
+// break and next: caught by the innermost loop.
+struct LoopSignal {
+  bool leave;
+};
+// A procedure body is outside the loops of its caller.
+struct LoopScope {
+  explicit LoopScope(int* depth) : depth(depth), saved(*depth) { *depth = 0; }
+  ~LoopScope() { *depth = saved; }
+  int* depth;
+  int saved;
+};
 
 Evaluator* gEvaluator = nullptr;
 
@@ -55,6 +66,45 @@ ALGEB SymbolicNegate(ALGEB a) {
   return Eval(NewProduct({NewInteger(-1), a}));
 }
 
+// a op b for + - * / ^: numbers combine, anything else stays symbolic.
+ALGEB Arithmetic(const std::string& op, ALGEB a, ALGEB b) {
+  if (IsArithmeticOperand(a) && IsArithmeticOperand(b)) {
+    if (op == "+") return Add(a, b);
+    if (op == "-") return Subtract(a, b);
+    if (op == "*") return Multiply(a, b);
+    if (op == "/") return Divide(a, b);
+    if (op == "^") return vexa::Power(a, b);
+  }
+  if (op == "+") return Eval(NewSum({a, b}));
+  if (op == "-") return Eval(NewSum({a, SymbolicNegate(b)}));
+  if (op == "*") return Eval(NewProduct({a, b}));
+  if (op == "/") return Eval(NewProduct({a, NewPower(b, NewInteger(-1))}));
+  if (op == "^") return Eval(NewPower(a, b));
+  RaiseFormatted("unknown operator " + op);
+}
+
+// Operators that chain to the left without limit (a + b - c + ...): 0 for the others.
+int ChainKind(Node* n) {
+  if (n->kind != NodeKind::kBinary) return 0;
+  const std::string& op = n->text;
+  if (op == "+" || op == "-") return 1;
+  if (op == "*" || op == "/") return 2;
+  if (op == "and") return 3;
+  if (op == "or") return 4;
+  return 0;
+}
+
+// The links of the chain that n heads, n first and the leftmost link last. A chain is a
+// left-leaning tree as deep as it is long; walking its left edge in a loop keeps a million
+// terms from needing a million frames. Any other binary node is a chain of one link.
+std::vector<Node*> ChainLinks(Node* n) {
+  std::vector<Node*> links{n};
+  int kind = ChainKind(n);
+  if (kind == 0) return links;
+  while (ChainKind(links.back()->children[0]) == kind) links.push_back(links.back()->children[0]);
+  return links;
+}
+
 std::string Unparse(Node* n);
 
 std::string UnparseList(const std::vector<Node*>& nodes, size_t from) {
@@ -87,12 +137,18 @@ std::string Unparse(Node* n) {
     case NodeKind::kCall:
       return Unparse(n->children[0]) + "(" + UnparseList(n->children, 1) + ")";
     case NodeKind::kBinary: {
-      std::string op = n->text;
-      bool tight = op == "^" || op == "*" || op == "/";
-      std::string l = Unparse(n->children[0]), r = Unparse(n->children[1]);
-      if (n->children[0]->kind == NodeKind::kBinary) l = "(" + l + ")";
-      if (n->children[1]->kind == NodeKind::kBinary) r = "(" + r + ")";
-      return tight ? l + op + r : l + " " + op + " " + r;
+      std::vector<Node*> links = ChainLinks(n);
+      Node* first = links.back()->children[0];
+      std::string s = Unparse(first);
+      if (first->kind == NodeKind::kBinary) s = "(" + s + ")";
+      for (auto it = links.rbegin(); it != links.rend(); ++it) {
+        const std::string& op = (*it)->text;
+        std::string r = Unparse((*it)->children[1]);
+        if ((*it)->children[1]->kind == NodeKind::kBinary) r = "(" + r + ")";
+        bool tight = op == "^" || op == "*" || op == "/";
+        s += tight ? op + r : " " + op + " " + r;
+      }
+      return s;
     }
     case NodeKind::kUnary:
       return n->text == "not" ? "not " + Unparse(n->children[0]) : "-" + Unparse(n->children[0]);
@@ -139,6 +195,10 @@ std::string Unparse(Node* n) {
       return "while " + Unparse(n->children[0]) + " do" + UnparseBlock(n->children[1]) + " end do";
     case NodeKind::kReturn:
       return n->children.empty() ? "return" : "return " + Unparse(n->children[0]);
+    case NodeKind::kBreak:
+      return "break";
+    case NodeKind::kNext:
+      return "next";
     case NodeKind::kBlock:
       return UnparseBlock(n);
     case NodeKind::kNull:
@@ -161,6 +221,7 @@ bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
   out_ = &out;
   frames_.clear();
   callDepth_ = 0;
+  loopDepth_ = 0;
   try {
     Run(statement, !statement->silent);
     return true;
@@ -189,6 +250,7 @@ void Evaluator::Echo(ALGEB value) {
 // Runs a statement. Top-level statements (and those of top-level loops and conditionals)
 // echo their values when echo is set.
 ALGEB Evaluator::Run(Node* s, bool echo) {
+  NestingGuard guard;
   switch (s->kind) {
     case NodeKind::kNull:
       return Null();
@@ -221,7 +283,7 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
           if (c == 2 || c == direction) break;
         }
         AssignName(s->text, i);
-        result = RunBlock(s->children[3], echo);
+        if (!RunLoopBody(s->children[3], echo, &result)) break;
       }
       return result;
     }
@@ -231,15 +293,22 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
       ALGEB result = Null();
       for (ALGEB x : items) {
         AssignName(s->text, x);
-        result = RunBlock(s->children[1], echo);
+        if (!RunLoopBody(s->children[1], echo, &result)) break;
       }
       return result;
     }
     case NodeKind::kWhile: {
       ALGEB result = Null();
-      while (Condition(s->children[0])) result = RunBlock(s->children[1], echo);
+      while (Condition(s->children[0]))
+        if (!RunLoopBody(s->children[1], echo, &result)) break;
       return result;
     }
+    case NodeKind::kBreak:
+    case NodeKind::kNext:
+      if (loopDepth_ == 0)
+        RaiseFormatted(std::string(s->kind == NodeKind::kBreak ? "break" : "next") +
+                       " used outside a loop");
+      throw LoopSignal{s->kind == NodeKind::kBreak};
     case NodeKind::kReturn: {
       if (frames_.empty()) RaiseFormatted("return used outside a procedure");
       throw ReturnSignal{s->children.empty() ? Null() : Evaluate(s->children[0])};
@@ -250,6 +319,22 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
       return value;
     }
   }
+}
+
+// One round of a loop; false when it ends in break.
+bool Evaluator::RunLoopBody(Node* block, bool echo, ALGEB* result) {
+  ++loopDepth_;
+  try {
+    *result = RunBlock(block, echo);
+  } catch (const LoopSignal& signal) {
+    --loopDepth_;
+    return !signal.leave;
+  } catch (...) {
+    --loopDepth_;
+    throw;
+  }
+  --loopDepth_;
+  return true;
 }
 
 ALGEB Evaluator::RunBlock(Node* block, bool echo) {
@@ -343,6 +428,7 @@ std::vector<ALGEB> Evaluator::EvaluateArguments(const std::vector<Node*>& nodes,
 }
 
 ALGEB Evaluator::Evaluate(Node* e) {
+  NestingGuard guard;
   switch (e->kind) {
     case NodeKind::kInteger:
       return NewIntegerFromString(e->text);
@@ -388,13 +474,36 @@ ALGEB Evaluator::EvaluateIndex(Node* e) {
 
 ALGEB Evaluator::EvaluateBinary(Node* e) {
   const std::string& op = e->text;
-  if (op == "and" || op == "or") {
-    ALGEB a = EvalBoolean(Evaluate(e->children[0]));
-    // short circuit, as conditions expect
-    if (op == "and" && IsFalse(a)) return a;
-    if (op == "or" && IsTrue(a)) return a;
-    ALGEB b = EvalBoolean(Evaluate(e->children[1]));
-    return EvalBoolean(op == "and" ? NewAnd(a, b) : NewOr(a, b));
+  if (ChainKind(e) != 0) {
+    std::vector<Node*> links = ChainLinks(e);
+    ALGEB value = Evaluate(links.back()->children[0]);
+    if (op == "and" || op == "or") {
+      // short circuit, as conditions expect
+      value = EvalBoolean(value);
+      for (auto it = links.rbegin(); it != links.rend(); ++it) {
+        if (op == "and" ? IsFalse(value) : IsTrue(value)) break;
+        ALGEB b = EvalBoolean(Evaluate((*it)->children[1]));
+        value = EvalBoolean(op == "and" ? NewAnd(value, b) : NewOr(value, b));
+      }
+      return value;
+    }
+    // numbers combine one by one; from the first symbolic operand on, the rest of the chain
+    // is collected into one sum (product) that the kernel evaluates once
+    std::vector<ALGEB> rest;
+    for (auto it = links.rbegin(); it != links.rend(); ++it) {
+      ALGEB b = Evaluate((*it)->children[1]);
+      const std::string& link = (*it)->text;
+      if (rest.empty() && IsArithmeticOperand(value) && IsArithmeticOperand(b)) {
+        value = Arithmetic(link, value, b);
+        continue;
+      }
+      if (rest.empty()) rest.push_back(value);
+      if (link == "-") b = IsArithmeticOperand(b) ? Negate(b) : SymbolicNegate(b);
+      if (link == "/") b = NewPower(b, NewInteger(-1));
+      rest.push_back(b);
+    }
+    if (rest.empty()) return value;
+    return Eval(op == "+" || op == "-" ? NewSum(rest) : NewProduct(rest));
   }
   ALGEB a = Evaluate(e->children[0]);
   ALGEB b = Evaluate(e->children[1]);
@@ -405,19 +514,7 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
   if (op == ">") return NewRelation(kLess, b, a);
   if (op == ">=") return NewRelation(kLessEqual, b, a);
   if (op == "..") return NewRange(a, b);
-  if (IsArithmeticOperand(a) && IsArithmeticOperand(b)) {
-    if (op == "+") return Add(a, b);
-    if (op == "-") return Subtract(a, b);
-    if (op == "*") return Multiply(a, b);
-    if (op == "/") return Divide(a, b);
-    if (op == "^") return vexa::Power(a, b);
-  }
-  if (op == "+") return Eval(NewSum({a, b}));
-  if (op == "-") return Eval(NewSum({a, SymbolicNegate(b)}));
-  if (op == "*") return Eval(NewProduct({a, b}));
-  if (op == "/") return Eval(NewProduct({a, NewPower(b, NewInteger(-1))}));
-  if (op == "^") return Eval(NewPower(a, b));
-  RaiseFormatted("unknown operator " + op);
+  return Arithmetic(op, a, b);
 }
 
 ALGEB Evaluator::EvaluateCall(Node* e) {
@@ -480,6 +577,8 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   frames_.push_back(frame);
   ++callDepth_;
   Scope scope{&frames_, &callDepth_};
+  NestingRestart fresh;
+  LoopScope outsideLoops(&loopDepth_);
   try {
     if (body->arrow) return Evaluate(body->children[0]);
     return RunBlock(body->children[0], false);

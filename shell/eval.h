@@ -48,6 +48,7 @@ class Evaluator {
  private:
   ALGEB Run(Node* statement, bool echo);
   ALGEB RunBlock(Node* block, bool echo);
+  bool RunLoopBody(Node* block, bool echo, ALGEB* result);
   ALGEB EvaluateIndex(Node* e);
   ALGEB EvaluateCall(Node* e);
   ALGEB EvaluateBinary(Node* e);
@@ -62,6 +63,7 @@ class Evaluator {
   std::vector<Frame*> frames_;
   std::ostream* out_ = nullptr;
   int callDepth_ = 0;
+  int loopDepth_ = 0;  // loops running in the current procedure (or at top level)
 };
 
 }  // namespace vexa::shell

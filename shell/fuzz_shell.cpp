@@ -3,6 +3,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "shell/eval.h"
 #include "shell/lexer.h"
@@ -10,14 +11,19 @@
 
 namespace {
 
-bool HasLoop(const vexa::shell::Node* n) {
-  if (n == nullptr) return false;
+// Walks the tree with a stack of its own: flat chains are as deep as they are long.
+bool HasLoop(const vexa::shell::Node* root) {
   using vexa::shell::NodeKind;
-  if (n->kind == NodeKind::kWhile || n->kind == NodeKind::kForFrom || n->kind == NodeKind::kForIn ||
-      n->kind == NodeKind::kProcedure)
-    return true;
-  for (const vexa::shell::Node* c : n->children)
-    if (HasLoop(c)) return true;
+  std::vector<const vexa::shell::Node*> pending{root};
+  while (!pending.empty()) {
+    const vexa::shell::Node* n = pending.back();
+    pending.pop_back();
+    if (n == nullptr) continue;
+    if (n->kind == NodeKind::kWhile || n->kind == NodeKind::kForFrom ||
+        n->kind == NodeKind::kForIn || n->kind == NodeKind::kProcedure)
+      return true;
+    pending.insert(pending.end(), n->children.begin(), n->children.end());
+  }
   return false;
 }
 

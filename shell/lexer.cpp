@@ -8,10 +8,10 @@
 namespace vexa::shell {
 namespace {
 
-const std::set<std::string> kKeywords = {"proc", "end",  "local", "global", "return", "if",
-                                         "then", "elif", "else",  "fi",     "for",    "from",
-                                         "to",   "by",   "in",    "do",     "od",     "while",
-                                         "and",  "or",   "not",   "option", "options"};
+const std::set<std::string> kKeywords = {
+    "proc", "end", "local", "global", "return",  "if",    "then", "elif", "else",
+    "fi",   "for", "from",  "to",     "by",      "in",    "do",   "od",   "while",
+    "and",  "or",  "not",   "option", "options", "break", "next"};
 
 // Longest first, so that ":=" wins over ":".
 const char* const kSymbols[] = {":=", "..", "->", "<>", "<=", ">=", "(", ")", "[", "]", "{", "}",
@@ -78,9 +78,14 @@ std::vector<Token> Tokenize(const std::string& s, SyntaxError* error) {
         t.kind = isFloat ? TokenKind::kFloat : TokenKind::kInteger;
         t.text = s.substr(i, j - i);
         advance(j - i);
-        if (i < n && IsNameStart(s[i]))
-          throw SyntaxError{"a number cannot run into a name: \"" + t.text + s[i] + "\"",
-                            t.position};
+        if (i < n && IsNameStart(s[i])) {
+          // one error token for the number and the name it runs into (2x, 1e5y)
+          size_t k = i;
+          while (k < n && IsNameChar(s[k])) ++k;
+          t.kind = TokenKind::kError;
+          t.text = "a number cannot run into a name: \"" + t.text + s.substr(i, k - i) + "\"";
+          advance(k - i);
+        }
         tokens.push_back(t);
         continue;
       }

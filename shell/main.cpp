@@ -1,10 +1,13 @@
 // vexa: the shell. `vexa` starts a session at the terminal, `vexa FILE` runs a script,
 // `vexa -e 'TEXT'` runs statements given on the command line.
 #include <editline/readline.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -26,10 +29,45 @@ const char kHelp[] =
     "Digits sets the working precision (default 10). The statistics library\n"
     "(libstatsmp.so, beside the executable or at $VEXA_LIBRARY_PATH) is loaded at start;\n"
     "its entry points are called as VexaNormalDeviate(0.975, 0, 1) and so on.\n"
-    "A script goes on after an error; the exit status is 1 if any statement failed.\n";
+    "A script goes on after an error; the exit status is 1 if any statement failed,\n"
+    "2 for a script that cannot be read or an unknown option.\n";
 
 int RunScript(vexa::shell::Session& session, const std::string& text) {
-  return session.Run(text) ? 0 : 1;
+  try {
+    return session.Run(text) ? 0 : 1;
+  } catch (const std::bad_alloc&) {
+    std::cout.flush();
+    std::cerr << "Error, out of memory\n";
+    return 1;
+  }
+}
+
+// The text of a script: a readable regular file (not a directory, a device or a pipe that may
+// never end). On failure says why and returns false.
+bool ReadScript(const std::string& path, std::string* text) {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) {
+    std::cerr << "vexa: cannot read " << path << ": " << std::strerror(errno) << "\n";
+    return false;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    std::cerr << "vexa: cannot read " << path << ": not a regular file\n";
+    return false;
+  }
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    std::cerr << "vexa: cannot read " << path << ": " << std::strerror(errno) << "\n";
+    return false;
+  }
+  try {
+    std::stringstream buffer;
+    buffer << in.rdbuf();
+    *text = buffer.str();
+  } catch (const std::bad_alloc&) {
+    std::cerr << "vexa: cannot read " << path << ": out of memory\n";
+    return false;
+  }
+  return true;
 }
 
 std::string HistoryFile() {
@@ -52,7 +90,7 @@ int Interactive(vexa::shell::Session& session) {
     if (!text.empty()) add_history(text.c_str());
     buffer += text + "\n";
     if (!session.IsComplete(buffer)) continue;
-    session.Run(buffer);
+    RunScript(session, buffer);
     buffer.clear();
   }
   if (!history.empty()) write_history(history.c_str());
@@ -72,27 +110,31 @@ int main(int argc, char** argv) {
     std::cout << kVersion << "\n";
     return 0;
   }
-  if (argc > 3 || (first == "-e" && argc != 3) || (first != "-e" && argc == 3)) {
+  bool unknownOption = first.size() > 1 && first[0] == '-' && first != "-e";
+  if (unknownOption || argc > 3 || (first == "-e" && argc != 3) || (first != "-e" && argc == 3)) {
+    if (unknownOption) std::cerr << "vexa: unknown option " << first << "\n";
     std::cerr << kHelp;
     return 2;
   }
-  vexa::shell::Session session(argv[0]);
+  vexa::shell::Session session(argv[0]);  // first: it sets up the collector
+  std::string script;
+  if (!first.empty() && first != "-e" && !ReadScript(first, &script)) return 2;
   int status;
   if (first == "-e") {
     status = RunScript(session, argv[2]);
   } else if (!first.empty()) {
-    std::ifstream in(first, std::ios::binary);
-    if (!in) {
-      std::cerr << "vexa: cannot read " << first << "\n";
+    status = RunScript(session, script);
+  } else if (!isatty(0)) {
+    std::string text;
+    try {
+      std::stringstream buffer;
+      buffer << std::cin.rdbuf();
+      text = buffer.str();
+    } catch (const std::bad_alloc&) {
+      std::cerr << "vexa: cannot read standard input: out of memory\n";
       return 2;
     }
-    std::stringstream text;
-    text << in.rdbuf();
-    status = RunScript(session, text.str());
-  } else if (!isatty(0)) {
-    std::stringstream text;
-    text << std::cin.rdbuf();
-    status = RunScript(session, text.str());
+    status = RunScript(session, text);
   } else {
     status = Interactive(session);
   }

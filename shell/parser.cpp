@@ -7,8 +7,6 @@
 namespace vexa::shell {
 namespace {
 
-constexpr int kMaxDepth = 1000;
-
 Node* Make(NodeKind kind, const Token& at, std::string text = "") {
   Node* n = new Node(kind, at.position);
   n->text = std::move(text);
@@ -38,9 +36,8 @@ std::string Describe(const Token& t) {
 // One level of nesting for as long as it lives; too many levels are a syntax error, not a
 // stack overflow.
 Parser::Deeper::Deeper(Parser* p) : parser(p) {
-  if (++parser->depth_ > kMaxDepth)
-    throw SyntaxError{"expression nested too deeply (more than 1000 levels)",
-                      parser->Peek().position};
+  if (++parser->depth_ > kMaxNesting) parser->TooDeep();
+  if (StackAlmostFull()) throw SyntaxError{"too many levels of recursion", parser->Peek().position};
 }
 Parser::Deeper::~Deeper() {
   --parser->depth_;
@@ -87,24 +84,46 @@ void Parser::Unexpected(const Token& t, const char* context) const {
   throw SyntaxError{message, t.position, t.kind == TokenKind::kEnd};
 }
 
+void Parser::TooDeep() const {
+  throw SyntaxError{
+      "expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)",
+      Peek().position};
+}
+
+// Skips the rest of the broken statement, read again from its start: its end is the first
+// ';' or ':' outside every block (if, for, while, proc up to their end) and, up to the fault,
+// outside every bracket. An unclosed block runs to the end of the text: one error, not one
+// per line that follows.
 void Parser::Recover() {
-  int depth = 0;
+  size_t fault = pos_;
+  pos_ = start_;
+  int blocks = 0, brackets = 0;
   while (!AtEnd()) {
     Token t = Next();
-    if (t.kind == TokenKind::kSymbol) {
-      if (t.text == "(" || t.text == "[" || t.text == "{") ++depth;
-      if (t.text == ")" || t.text == "]" || t.text == "}") --depth;
-      if (depth <= 0 && (t.text == ";" || t.text == ":")) return;
+    if (t.kind == TokenKind::kKeyword) {
+      if (t.text == "if" || t.text == "for" || t.text == "while" || t.text == "proc") ++blocks;
+      if (t.text == "fi" || t.text == "od") --blocks;
+      if (t.text == "end") {
+        --blocks;
+        if (IsKeyword("if") || IsKeyword("do") || IsKeyword("proc")) Next();
+      }
+    } else if (t.kind == TokenKind::kSymbol) {
+      if (t.text == "(" || t.text == "[" || t.text == "{") ++brackets;
+      if (t.text == ")" || t.text == "]" || t.text == "}") --brackets;
+      if ((t.text == ";" || t.text == ":") && blocks <= 0 && (brackets <= 0 || pos_ > fault))
+        return;
     }
   }
 }
 
 Node* Parser::ParseStatement() {
   depth_ = 0;
+  start_ = pos_;
   return Statement(true);
 }
 
 Node* Parser::Statement(bool topLevel) {
+  Deeper guard(this);
   const Token& start = Peek();
   Node* s;
   if (IsSymbol(";") || IsSymbol(":")) {
@@ -115,6 +134,9 @@ Node* Parser::Statement(bool topLevel) {
     s = ForStatement();
   } else if (IsKeyword("while")) {
     s = WhileStatement();
+  } else if (IsKeyword("break") || IsKeyword("next")) {
+    Token t = Next();
+    s = Make(t.text == "break" ? NodeKind::kBreak : NodeKind::kNext, t);
   } else if (IsKeyword("return")) {
     Token r = Next();
     s = Make(NodeKind::kReturn, r);
@@ -358,9 +380,12 @@ Node* Parser::Power() {
   return a;
 }
 
+// Calls and indexing chain to the left (f(1)(2), a[1][2]): each link is a level of nesting.
 Node* Parser::Postfix() {
   Node* a = Primary();
-  for (;;) {
+  for (int links = 1;; ++links) {
+    if (depth_ + links > kMaxNesting && (IsSymbol("(") || IsSymbol("[") || IsSymbol("!")))
+      TooDeep();
     if (IsSymbol("(")) {
       Token t = Next();
       Node* call = Make(NodeKind::kCall, t);

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "host/kernel.h"
 #include "shell/ast.h"
 #include "shell/lexer.h"
 
@@ -20,7 +21,7 @@ class Parser {
   bool AtEnd() const { return Peek().kind == TokenKind::kEnd; }
   // One statement with its terminator; throws SyntaxError.
   Node* ParseStatement();
-  // After an error: skip past the next top-level ';' or ':'.
+  // After an error: skip past the end of the broken statement.
   void Recover();
 
  private:
@@ -37,6 +38,7 @@ class Parser {
   bool Accept(const char* s);  // symbol or keyword
   Token Expect(const char* s, const char* context);
   [[noreturn]] void Unexpected(const Token& t, const char* context = nullptr) const;
+  [[noreturn]] void TooDeep() const;
 
   Node* Statement(bool topLevel);
   Node* Block();  // statements up to a closing keyword
@@ -64,6 +66,7 @@ class Parser {
 
   std::vector<Token> tokens_;
   size_t pos_ = 0;
+  size_t start_ = 0;  // of the statement being parsed
   int depth_ = 0;
   bool lenientEnd_;
 };

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "shell/builtins.h"
 #include "shell/eval.h"
 #include "shell/library.h"
 #include "shell/parser.h"
@@ -21,12 +22,14 @@ std::string SourceLine(const std::string& text, int line) {
 
 void ReportSyntax(const SyntaxError& e, const std::string& text) {
   std::cerr << "Error, syntax error at line " << e.position.line << ", column " << e.position.column
-            << ": " << e.message << "\n";
+            << ": " << Printable(e.message) << "\n";
   std::string line = SourceLine(text, e.position.line);
   if (line.size() > 200) line = line.substr(0, 200) + "...";
   if (!line.empty() && e.position.column <= static_cast<int>(line.size()) + 1) {
-    std::cerr << "  " << line << "\n";
-    std::cerr << "  " << std::string(e.position.column - 1, ' ') << "^\n";
+    // the caret goes under the column, counted in the escaped text
+    std::string before = Printable(line.substr(0, e.position.column - 1));
+    std::cerr << "  " << Printable(line) << "\n";
+    std::cerr << "  " << std::string(before.size(), ' ') << "^\n";
   }
 }
 
