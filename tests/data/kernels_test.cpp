@@ -21,9 +21,8 @@ std::vector<VexaFloat> RandomData(std::mt19937& rng, int n) {
 }
 
 std::vector<VexaFloat> Sorted(std::vector<VexaFloat> v) {
-  std::stable_sort(v.begin(), v.end(), [](const VexaFloat& x, const VexaFloat& y) {
-    return STATS_DataGreater_MP(y, x);
-  });
+  std::sort(v.begin(), v.end(),
+            [](const VexaFloat& x, const VexaFloat& y) { return STATS_DataGreater_MP(y, x); });
   return v;
 }
 
