@@ -1,8 +1,9 @@
 // Sample quantiles after Hyndman and Fan, "Sample quantiles in statistical packages" (1996):
 // the position x = a + (n + b) p among the order statistics, then the order statistic at
-// floor(x) moved toward the next one by c + d (x - floor(x)). The simple form finds the two
-// order statistics by selection, each probability reusing the partial order the previous one
-// left; the weighted form sorts once and measures positions in units of weight.
+// floor(x) moved toward the next one by c + d (x - floor(x)). The simple form finds the
+// order statistics it needs by quickselect, all probabilities together; the weighted form
+// sorts once and measures positions in units of weight.
+#include <algorithm>
 #include <vector>
 
 #include "data/data.h"
@@ -16,14 +17,15 @@ VexaFloat Interpolate(const VexaFloat& v, const VexaFloat& w, const VexaFloat& c
   return v + (w - v) * (c + d * fraction);
 }
 
-// The estimate at 0-based indices lower and upper of base[0..len-1].
-VexaFloat SelectAndInterpolate(VexaFloat* base, int len, int lower, int upper, const VexaFloat& c,
-                               const VexaFloat& d, const VexaFloat& fraction) {
-  VexaFloat v = STATS_QuickSelect_MP(base, len, lower);
-  if (lower == upper || lower == len - 1) return v;
-  // The smallest value above the selected one is the next order statistic.
-  VexaFloat w = STATS_QuickSelect_MP(base + lower + 1, len - lower - 1, 0);
-  return Interpolate(v, w, c, d, fraction);
+// Puts the order statistics of the given increasing 0-based ranks (offset into a) in their
+// places: the middle rank is selected first, which splits the array for the ranks on either
+// side. About n log2(m) element visits for m ranks, against m n for selecting each in turn.
+void SelectRanks(VexaFloat* a, int len, const int* ranks, int count, int offset) {
+  if (count == 0 || len < 1) return;
+  const int mid = count / 2, k = ranks[mid] - offset;
+  STATS_QuickSelect_MP(a, len, k);
+  SelectRanks(a, k, ranks, mid, offset);
+  SelectRanks(a + k + 1, len - k - 1, ranks + mid + 1, count - mid - 1, offset + k + 1);
 }
 
 }  // namespace
@@ -95,13 +97,21 @@ void STATS_SimpleQuantile_MP(VexaFloat* out, VexaFloat* data, VexaFloat* probs, 
     if (upper[j] < 0) upper[j] = 0;
     fraction[j] = x - whole;
   }
-  out[0] = SelectAndInterpolate(data, n, lower[0], upper[0], c, d, fraction[0]);
-  for (int j = 1; j < m; ++j) {
-    // After selecting lower[j-1] nothing from there on is below it: a higher index can be
-    // selected in that tail.
-    const int from = lower[j] >= lower[j - 1] ? lower[j - 1] : 0;
-    out[j] = SelectAndInterpolate(data + from, n - from, lower[j] - from, upper[j] - from, c, d,
-                                  fraction[j]);
+  // Every order statistic needed (the one at the lower index and, where the estimate moves
+  // toward it, the next), selected together.
+  std::vector<int> ranks;
+  for (int j = 0; j < m; ++j) {
+    ranks.push_back(lower[j]);
+    if (lower[j] != upper[j] && lower[j] != n - 1) ranks.push_back(lower[j] + 1);
+  }
+  std::sort(ranks.begin(), ranks.end());
+  ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
+  SelectRanks(data, n, ranks.data(), static_cast<int>(ranks.size()), 0);
+  for (int j = 0; j < m; ++j) {
+    const VexaFloat& v = data[lower[j]];
+    out[j] = lower[j] == upper[j] || lower[j] == n - 1
+                 ? v
+                 : Interpolate(v, data[lower[j] + 1], c, d, fraction[j]);
   }
 }
 
