@@ -539,6 +539,7 @@ int CompareFinite(const FloatNode* a, const FloatNode* b) {
     // Up to two limbs: the same in 128-bit integers. With equal top positions the scaled
     // mantissa has the other's digit count, so below 39 digits it cannot overflow.
     u128 x = Magnitude128(a), y = Magnitude128(b);
+    if (a->exponent == b->exponent) return (x == y ? 0 : (x < y ? -1 : 1)) * sa;
     int da = DigitsU128(x), db = DigitsU128(y);
     int64_t ta = a->exponent + da, tb = b->exponent + db;
     if (ta != tb) return (ta < tb ? -1 : 1) * sa;

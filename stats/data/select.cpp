@@ -25,6 +25,16 @@ inline void Prefetch(const VexaFloat* a, int i) {
   __builtin_prefetch(a[i].Handle());
 }
 
+// The scans' conditions in the data order: x defined and before a defined pivot (a
+// comparison with undefined is false), or x defined at all when the pivot is undefined; and
+// the pivot defined with x after it or undefined.
+inline bool ScanUpPasses(const VexaFloat& x, const VexaFloat& p, bool pDefined) {
+  return pDefined ? x < p : !IsVexaFloatUndefined(x);
+}
+inline bool ScanDownPasses(const VexaFloat& x, const VexaFloat& p, bool pDefined) {
+  return pDefined && (x > p || IsVexaFloatUndefined(x));
+}
+
 template <bool kWeighted>
 VexaFloat QuickSelect(VexaFloat* a, VexaFloat* w, int n, int k) {
   int l = 0, r = n - 1;
@@ -47,11 +57,11 @@ VexaFloat QuickSelect(VexaFloat* a, VexaFloat* w, int n, int k) {
       do {
         ++i;
         if (i + kAhead <= r) Prefetch(a, i + kAhead);
-      } while (!IsVexaFloatUndefined(a[i]) && (!pDefined || a[i] < p));
+      } while (ScanUpPasses(a[i], p, pDefined));
       do {
         --j;
         if (j - kAhead >= l) Prefetch(a, j - kAhead);
-      } while (pDefined && (IsVexaFloatUndefined(a[j]) || a[j] > p));
+      } while (ScanDownPasses(a[j], p, pDefined));
       if (i > j) break;
       Swap<kWeighted>(a, w, i, j);
     }

@@ -86,6 +86,34 @@ TEST(OrderStatisticAndMedian, AgreeWithTheSortedData) {
   EXPECT_TRUE(IsVexaFloatUndefined(STATS_SimpleMedian_MP(d.data(), 0)));
 }
 
+TEST(SimpleQuantile, ManyProbabilitiesOfALargeSampleAgreeWithOneAtATime) {
+  // Large enough for the bucketed selection: ties, missing values, sorted and constant data.
+  const int n = 70000;
+  std::mt19937 rng(17);
+  std::vector<VexaFloat> ties, sorted, constant(n, VexaFloat(3));
+  for (int i = 0; i < n; ++i) {
+    ties.push_back(rng() % 100 == 0 ? VexaFloatUndefined()
+                                    : VexaFloat(static_cast<int>(rng() % 500)));
+    sorted.push_back(VexaFloat(i / 7));
+  }
+  std::vector<VexaFloat> probs = Floats({"0.5", "0", "0.001", "0.25", "0.75", "0.99", "1", "0.1"});
+  for (int i = 0; i < 20; ++i) probs.push_back(VexaFloat(static_cast<int>(rng() % 10001)) / 10000);
+  const int m = static_cast<int>(probs.size());
+  for (const auto* data : {&ties, &sorted, &constant}) {
+    for (int method : {1, 6}) {
+      const auto type = static_cast<STATS_QUANTILE_TYPE_MP>(method);
+      std::vector<VexaFloat> a = *data, out(m);
+      STATS_SimpleQuantile_MP(out.data(), a.data(), probs.data(), n, m, type);
+      for (int j = 0; j < m; ++j) {
+        std::vector<VexaFloat> b = *data;
+        VexaFloat one;
+        STATS_SimpleQuantile_MP(&one, b.data(), &probs[j], n, 1, type);
+        ASSERT_EQ(Texts(&out[j], 1), Texts(&one, 1)) << "p " << Text(probs[j]);
+      }
+    }
+  }
+}
+
 // Hyndman and Fan's Q_i(p) = (1 - g) s[j] + g s[j + 1], j = floor(n p + m), g = n p + m - j,
 // for their types 4 to 9; type 1 takes s[j] when g = 0 and s[j + 1] otherwise, type 3 the
 // nearest order statistic.
