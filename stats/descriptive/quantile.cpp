@@ -18,13 +18,12 @@ VexaFloat Interpolate(const VexaFloat& v, const VexaFloat& w, const VexaFloat& c
   return v + (w - v) * (c + d * fraction);
 }
 
+constexpr int kAhead = 12;             // nodes fetched this many elements ahead of a pass
+constexpr int kBucketsFrom = 1 << 16;  // below this, selecting rank by rank is as fast
+
 // Puts the order statistics of the given increasing 0-based ranks (offset into a) in their
 // places: the middle rank is selected first, which splits the array for the ranks on either
 // side. About n log2(m) element visits for m ranks, against m n for selecting each in turn.
-constexpr int kAhead = 12;
-constexpr int kBucketsFrom = 1 << 16;  // below this, selecting rank by rank is as fast  // nodes
-                                       // fetched this many elements ahead of a pass
-
 void SelectRanks(VexaFloat* a, int len, const int* ranks, int count, int offset) {
   if (count == 0 || len < 1) return;
   const int mid = count / 2, k = ranks[mid] - offset;
