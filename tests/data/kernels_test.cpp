@@ -1,5 +1,5 @@
 // The sorting and selection kernels in the data order (undefined last), the heap sort's
-// documented outcomes, the comparators and the byte swap.
+// documented outcomes and the comparators.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -175,15 +175,6 @@ TEST(Comparators, EachElementTypeMissingValuesLast) {
   EXPECT_EQ(STATS_NumericComparator_MP(RTABLE_DAG), STATS_NumericCompareALGEB_MP);
   EXPECT_EQ(STATS_NumericComparator_MP(RTABLE_COMPLEX), nullptr);
   EXPECT_EQ(STATS_NumericComparator_MP(RTABLE_CXDAG), nullptr);
-}
-
-TEST(SwapByteArrays, SwapsWholeElements) {
-  char a[] = "abcd", b[] = "wxyz", scratch[4];
-  STATS_SwapByteArrays_MP(a, b, scratch, 3);
-  EXPECT_STREQ(a, "wxyd");
-  EXPECT_STREQ(b, "abcz");
-  STATS_SwapByteArrays_MP(a, b, scratch, 0);
-  EXPECT_STREQ(a, "wxyd");
 }
 
 }  // namespace

@@ -57,11 +57,6 @@ TEST(VexaQuantile, ProbabilitiesAndTheirChecks) {
               Call(STATS_VexaQuantile_MP, {data, Prob("0.5")});
             }),
             "expected 6 arguments, received: " + Print(data) + ", 0.5");
-  EXPECT_EQ(ErrorOf([&] {
-              Call(STATS_VexaQuantile_MP, {NewInteger(3), Prob("0.5"), NoWeights(), Bool(true),
-                                           NewInteger(1), Bool(false)});
-            }),
-            "invalid data sample, expected: rtable, received 3");
 }
 
 TEST(VexaQuantile, NoDataLeftGivesUndefined) {
