@@ -5,6 +5,7 @@
 // sorts once and measures positions in units of weight.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <vector>
 
 #include "data/data.h"
@@ -52,12 +53,20 @@ void SelectRanksByBuckets(VexaFloat* a, int n, const std::vector<int>& ranks) {
   std::vector<VexaFloat> splitters;
   for (int pos : at) splitters.push_back(sample[pos]);
 
+  const auto definedEnd = std::find_if(splitters.begin(), splitters.end(),
+                                       [](const VexaFloat& t) { return IsVexaFloatUndefined(t); });
   std::vector<unsigned char> bucket(n);
   std::vector<int> start(splitters.size() + 2, 0);
   for (int i = 0; i < n; ++i) {
     if (i + kAhead < n) __builtin_prefetch(a[i + kAhead].Handle());
-    const int b = static_cast<int>(
-        std::upper_bound(splitters.begin(), splitters.end(), a[i], before) - splitters.begin());
+    // Undefined values and splitters come last, so a defined value needs plain comparisons
+    // with the defined splitters only.
+    const VexaFloat& x = a[i];
+    const int b = IsVexaFloatUndefined(x)
+                      ? static_cast<int>(splitters.size())
+                      : static_cast<int>(std::upper_bound(splitters.begin(), definedEnd, x,
+                                                          std::less<VexaFloat>()) -
+                                         splitters.begin());
     bucket[i] = static_cast<unsigned char>(b);
     ++start[b + 1];
   }
