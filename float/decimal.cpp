@@ -320,6 +320,12 @@ inline bool IsSmall(const FloatNode* n) {
 inline int64_t SmallValue(const FloatNode* n) {
   return n->size == 0 ? 0 : (n->size < 0 ? -static_cast<int64_t>(n->limbs[0]) : n->limbs[0]);
 }
+// |mantissa| of a node of at most two limbs.
+inline u128 Magnitude128(const FloatNode* n) {
+  u128 m = n->size == 0 ? 0 : n->limbs[0];
+  if (n->size == 2 || n->size == -2) m |= static_cast<u128>(n->limbs[1]) << 64;
+  return m;
+}
 
 // ---- arithmetic on finite nodes ----
 
@@ -528,6 +534,22 @@ int CompareFinite(const FloatNode* a, const FloatNode* b) {
     else
       y *= kPow10[b->exponent - a->exponent];
     return (x == y ? 0 : (x < y ? -1 : 1)) * sa;
+  }
+  if (a->size >= -2 && a->size <= 2 && b->size >= -2 && b->size <= 2) {
+    // Up to two limbs: the same in 128-bit integers. With equal top positions the scaled
+    // mantissa has the other's digit count, so below 39 digits it cannot overflow.
+    u128 x = Magnitude128(a), y = Magnitude128(b);
+    if (a->exponent == b->exponent) return (x == y ? 0 : (x < y ? -1 : 1)) * sa;
+    int da = DigitsU128(x), db = DigitsU128(y);
+    int64_t ta = a->exponent + da, tb = b->exponent + db;
+    if (ta != tb) return (ta < tb ? -1 : 1) * sa;
+    if (da <= 38 && db <= 38) {
+      if (a->exponent > b->exponent)
+        x *= kPow10U128[a->exponent - b->exponent];
+      else
+        y *= kPow10U128[b->exponent - a->exponent];
+      return (x == y ? 0 : (x < y ? -1 : 1)) * sa;
+    }
   }
   mpz_t ma, mb;
   MantissaView(ma, a);

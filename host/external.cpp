@@ -259,6 +259,11 @@ ALGEB VexaListSelect(VexaKernelVector, ALGEB list, M_INT i) {
   return AsSeq(list)->items[CheckIndex(i, AsSeq(list)->count, list)];
 }
 
+M_INT VexaListLength(VexaKernelVector, ALGEB list) {
+  if (!IsList(list)) RaiseExpected("a list", list);
+  return static_cast<M_INT>(AsSeq(list)->count);
+}
+
 ALGEB VexaTableAlloc(VexaKernelVector) {
   return NewTable();
 }

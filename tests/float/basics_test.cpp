@@ -4,13 +4,19 @@
 
 #include <climits>
 #include <cmath>
+#include <random>
+#include <string>
 
 #include "vexa/float.h"
 
 namespace {
 
-VexaFloat F(const char* s) { return VexaFloatFromString(s); }
-std::string S(const VexaFloat& x) { return VexaFloatToString(x); }
+VexaFloat F(const char* s) {
+  return VexaFloatFromString(s);
+}
+std::string S(const VexaFloat& x) {
+  return VexaFloatToString(x);
+}
 
 class FloatTest : public ::testing::Test {
  protected:
@@ -36,8 +42,33 @@ TEST_F(FloatTest, TextIsExactAndRoundTrips) {
     VexaFloat x = F(t);
     EXPECT_EQ(S(F(S(x).c_str())), S(x)) << t;
   }
-  for (const char* bad : {"", "-", "1.2.3", "e5", "1e", "1e+", "12a", "--1", "1e999999999999999999"})
+  for (const char* bad :
+       {"", "-", "1.2.3", "e5", "1e", "1e+", "12a", "--1", "1e999999999999999999"})
     EXPECT_THROW(F(bad), std::invalid_argument) << bad;
+}
+
+TEST_F(FloatTest, ComparisonsOfLongMantissasAgreeWithTheSignOfTheDifference) {
+  // Mantissas of 15 to 40 digits (one, two and three limbs) at nearby exponents.
+  std::mt19937_64 rng(9);
+  auto random = [&] {
+    std::string m = rng() % 2 ? "-" : "";
+    const int digits = 15 + static_cast<int>(rng() % 26);
+    for (int i = 0; i < digits; ++i)
+      m += static_cast<char>('0' + (i == 0 ? 1 + rng() % 9 : rng() % 10));
+    return F((m + "e" + std::to_string(static_cast<int>(rng() % 5) - 2 - digits)).c_str());
+  };
+  VexaDigitsScope exact(200);
+  for (int i = 0; i < 3000; ++i) {
+    VexaFloat a = random(), b = i % 3 == 0 ? a * F("1.000") : random();
+    const VexaFloat d = a - b;
+    ASSERT_EQ(a < b, d < 0) << S(a) << " " << S(b);
+    ASSERT_EQ(a == b, d == 0) << S(a) << " " << S(b);
+    ASSERT_EQ(a > b, d > 0) << S(a) << " " << S(b);
+  }
+  EXPECT_TRUE(F("1.50") == F("1.5"));
+  EXPECT_TRUE(F("12345678901234567890120e-1") == F("1234567890123456789012"));
+  EXPECT_TRUE(F("12345678901234567890120e-1") < F("1234567890123456789013"));
+  EXPECT_TRUE(F("123456789012345678901234567890") > F("12345678901234567890123456789e1") - 1);
 }
 
 TEST_F(FloatTest, ConstructionAndDoubles) {
@@ -70,7 +101,7 @@ TEST_F(FloatTest, RoundingTiesToEven) {
   EXPECT_EQ(S(F("1e100") + F("1e-100")), "1e100");
   EXPECT_EQ(S(F("1e100") - F("1e-100")), "1e100");  // the 41st digit rounds up
   VexaSetDigits(10);
-  EXPECT_EQ(S(F("1") + F("5e-10")), "1.");     // tie, even stays
+  EXPECT_EQ(S(F("1") + F("5e-10")), "1.");  // tie, even stays
   EXPECT_EQ(S(F("1") + F("5.0000001e-10")), "1.000000001");
   EXPECT_EQ(S(F("1") - F("1e-300")), "1.");
   EXPECT_EQ(S(F("1") - F("1e-10") * F("0.3")), "1.");

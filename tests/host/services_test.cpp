@@ -144,6 +144,8 @@ TEST_F(ServicesTest, SequencesListsTables) {
   ALGEB l = VexaListAlloc(kv, 2);
   VexaListAssign(kv, l, 1, I(8));
   EXPECT_EQ(Print(l), "[8, 0]");
+  EXPECT_EQ(VexaListLength(kv, l), 2);
+  EXPECT_EQ(VexaListLength(kv, VexaListAlloc(kv, 0)), 0);
   EXPECT_EQ(VexaListSelect(kv, l, 1), I(8));
   EXPECT_EQ(ErrorOf([&] { VexaListSelect(kv, l, 0); }), "index 0 out of range 1 .. 2 of [8, 0]");
   EXPECT_EQ(ErrorOf([&] { VexaListSelect(kv, I(1), 1); }), "expected a list, received 1");

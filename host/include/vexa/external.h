@@ -143,6 +143,7 @@ void* VexaNew(VexaKernelVector kv, M_INT count, M_INT size);  // the same, for a
 ALGEB VexaListAlloc(VexaKernelVector kv, M_INT n);  // n slots holding 0
 void VexaListAssign(VexaKernelVector kv, ALGEB list, M_INT i, ALGEB value);
 ALGEB VexaListSelect(VexaKernelVector kv, ALGEB list, M_INT i);
+M_INT VexaListLength(VexaKernelVector kv, ALGEB list);  // the number of elements
 ALGEB VexaTableAlloc(VexaKernelVector kv);
 void VexaTableAssign(VexaKernelVector kv, ALGEB table, ALGEB index, ALGEB value);
 M_BOOL VexaTableHasEntry(VexaKernelVector kv, ALGEB table, ALGEB index);

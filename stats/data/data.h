@@ -1,0 +1,132 @@
+// Data handling: host rtables as contiguous VexaFloat vectors and (weighted) samples, the copy
+// functions that drop missing values, and the in-place sorting and selection kernels that
+// every order-based statistic rests on. Missing data are undefined floats; in the data order
+// they come after every defined value.
+#ifndef STATS_DATA_DATA_H
+#define STATS_DATA_DATA_H
+
+#include <memory>
+
+#include "vexa/external.h"
+#include "vexa/float.h"
+
+// ---- Vectors and samples ----
+
+// A one-dimensional host rtable as contiguous VexaFloat values. A rectangular sfloat rtable
+// is used in place; any other is converted once into a new sfloat rtable (working), which
+// stays protected from the collector for the life of the host.
+class STATS_Vector_MP {
+ public:
+  STATS_Vector_MP(VexaKernelVector kv, ALGEB rtable);
+  // Deliberately do nothing: a copy is left unset, and destruction keeps the working rtable
+  // protected.
+  STATS_Vector_MP(const STATS_Vector_MP&) {}
+  ~STATS_Vector_MP() {}
+  STATS_Vector_MP& operator=(const STATS_Vector_MP&) = delete;
+
+  // Raises "invalid data sample, expected: rtable, received %1" for anything but an rtable.
+  static void SetData(VexaKernelVector kv, STATS_Vector_MP* self, ALGEB rtable);
+  static void ConvertData(VexaKernelVector kv, STATS_Vector_MP* self);
+  // A protected rectangular sfloat copy of the rtable; nothing in the library calls it.
+  static void* VexaConvertData(void* rtable);
+
+  int size() const;  // extent of dimension 1 of the source, 0 when empty
+  VexaFloat* data() const { return m_data; }
+  ALGEB source() const { return m_source; }
+  // True when data lives in an rtable of the library's own rather than the caller's.
+  bool converted() const { return m_working != nullptr && m_working != m_source; }
+
+ private:
+  ALGEB m_source;
+  ALGEB m_working;
+  VexaFloat* m_data;
+  VexaKernelVector m_kv;
+};
+
+// Points with optional weights of the same length. An empty weights rtable means unweighted.
+class STATS_VexaDataSample_MP {
+ public:
+  STATS_VexaDataSample_MP(VexaKernelVector kv, ALGEB points);
+  // Raises "vector of points and vector of weights are expected to have the same size,
+  // received %1, %2" (the two rtables) when the sizes differ.
+  STATS_VexaDataSample_MP(VexaKernelVector kv, ALGEB points, ALGEB weights);
+  // Deliberately makes two unset vectors, so that a copy always reports itself weighted.
+  STATS_VexaDataSample_MP(const STATS_VexaDataSample_MP& other);
+  STATS_VexaDataSample_MP& operator=(const STATS_VexaDataSample_MP&) = delete;
+  ~STATS_VexaDataSample_MP() {}
+
+  VexaFloat* points() const { return m_points->data(); }
+  VexaFloat* weights() const { return m_weights ? m_weights->data() : nullptr; }
+  bool weighted() const { return m_weights != nullptr; }
+  int size() const { return m_points->size(); }
+  const STATS_Vector_MP& pointsVector() const { return *m_points; }
+  const STATS_Vector_MP* weightsVector() const { return m_weights.get(); }
+
+ private:
+  std::unique_ptr<STATS_Vector_MP> m_points;
+  std::unique_ptr<STATS_Vector_MP> m_weights;
+  VexaKernelVector m_kv;
+};
+
+// Copies n values (or pairs), dropping missing ones when ignoreMissing is set; returns the
+// count written. out may be in itself: values only move down.
+int STATS_CopySimpleData_MP(const VexaFloat* in, VexaFloat* out, int n, int ignoreMissing);
+int STATS_CopyWeightedData_MP(const VexaFloat* inPoints, const VexaFloat* inWeights,
+                              VexaFloat* outPoints, VexaFloat* outWeights, int n,
+                              int ignoreMissing);
+// The points only, missing values kept.
+int STATS_CopyData_MP(const STATS_VexaDataSample_MP& sample, VexaFloat* out);
+// Points and, for a weighted sample, weights.
+int STATS_CopyData_MP(const STATS_VexaDataSample_MP& sample, VexaFloat* outPoints,
+                      VexaFloat* outWeights, int ignoreMissing);
+
+// Bytes of one rectangular element of the data type (handles are sizeof(ALGEB) wide);
+// 4 for an unknown type.
+int STATS_RTableDataSize_MP(VexaKernelVector kv, int datatype);
+
+// ---- Sorting and selection kernels (in place, inclusive bounds, 0-based) ----
+
+// The data order: x after y. Undefined is after every defined value and not after another
+// undefined one.
+inline bool STATS_DataGreater_MP(const VexaFloat& x, const VexaFloat& y) {
+  if (IsVexaFloatUndefined(y)) return false;
+  if (IsVexaFloatUndefined(x)) return true;
+  return x > y;
+}
+
+// Stable; w, when given, moves with a.
+void STATS_InsertionSort_MP(VexaFloat* a, int lo, int hi);
+void STATS_InsertionSort_MP(VexaFloat* a, VexaFloat* w, int lo, int hi);
+// Median-of-three quicksort with double-stepping scans; leaves runs of up to 5 elements and
+// an approximate order for the insertion pass of STATS_SortData_MP.
+void STATS_QuickSort_MP(VexaFloat* a, int lo, int hi);
+void STATS_QuickSort_MP(VexaFloat* a, VexaFloat* w, int lo, int hi);
+// Sorts a[0..n-1] in the data order.
+void STATS_SortData_MP(VexaFloat* a, int n);
+void STATS_SortData_MP(VexaFloat* a, VexaFloat* w, int n);
+// The k-th smallest (0-based) of a[0..n-1]; afterwards nothing before k is after a[k] and
+// nothing after k is before it. The caller keeps 0 <= k < n; the weighted form clamps k.
+VexaFloat STATS_QuickSelect_MP(VexaFloat* a, int n, int k);
+VexaFloat STATS_QuickSelect_MP(VexaFloat* a, VexaFloat* w, int n, int k);
+// Sift-down of a[lo] within a[lo..hi], first child lo + 1; and the heap sort built on it
+// (not always fully sorted: see heap_sort.cpp).
+void STATS_Shift_MP(VexaFloat* a, VexaFloat* w, int lo, int hi);
+void STATS_HeapSort_MP(VexaFloat* a, VexaFloat* w, int n);
+
+// Swaps n bytes of a and b through scratch.
+void STATS_SwapByteArrays_MP(char* a, char* b, char* scratch, int n);
+
+// Three-way comparisons of two raw rtable elements: -1 before, 0 equal, 1 after. Missing
+// values (NaN, undefined) come last, and two of them compare as 1 either way.
+int STATS_NumericCompareINTEGER8_MP(const char* a, const char* b);
+int STATS_NumericCompareINTEGER16_MP(const char* a, const char* b);
+int STATS_NumericCompareINTEGER32_MP(const char* a, const char* b);
+int STATS_NumericCompareINTEGER64_MP(const char* a, const char* b);
+int STATS_NumericCompareFLOAT64_MP(const char* a, const char* b);
+int STATS_NumericCompareFLOAT32_MP(const char* a, const char* b);
+int STATS_NumericCompareALGEB_MP(const char* a, const char* b);
+typedef int (*STATS_Comparator_MP)(const char*, const char*);
+// The comparator for an rtable data type; null for the complex types and unknown codes.
+STATS_Comparator_MP STATS_NumericComparator_MP(int datatype);
+
+#endif
