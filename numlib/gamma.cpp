@@ -205,7 +205,7 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
   double ad = ToDouble(a);
   inv.logSlope = [ad](double u) { return ad - 1 - std::exp(u); };
   inv.logTailD = [ad, upper](double u) { return LogGammaTailD(ad, u, upper); };
-  inv.logDensityD = [ad](double u) { return (ad - 1) * u - std::exp(u) - std::lgamma(ad); };
+  inv.logDensityD = [ad](double u) { return ad * u - std::exp(u) - std::lgamma(ad); };
   return Invert(inv, t, LogGuess(ad, LogOf(t), upper), x, p, fail, routine);
 }
 

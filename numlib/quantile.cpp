@@ -262,7 +262,7 @@ bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t
 bool Solver::StartStep(double v, double* d, int* order, slong* limit) const {
   if (inv_.logTailD) {
     double logT = inv_.logTailD(v), logF = inv_.logDensityD(v);
-    double s = std::exp(logF + v - logT) * (inv_.upper ? -1 : 1);
+    double s = std::exp(logF - logT) * (inv_.upper ? -1 : 1);
     double h = (logT - LogOf(t_)) / s;
     if (std::isfinite(h) && s != 0) {
       double c = HalleyCorrection(h, s, v);
@@ -450,6 +450,7 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   // interval operator at full precision can enclose the root narrowly enough.
   arb_set_d(u.v, v);
   magnitude_ = std::max(0, std::ilogb(v) + 1);
+  bits = std::max<slong>(0, bits - magnitude_);  // the double stage's bits are relative to u
   const slong full = target + 32 + magnitude_;
   for (int iter = 0; 2 * bits < target + 24; ++iter) {
     if (iter > 40) return false;
@@ -496,10 +497,11 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
 
 bool Invert(const Inversion& inv, const VexaFloat& t, double logGuess, VexaFloat* x,
             const VexaFloat& p, NagError* fail, const char* routine) {
-  // A root whose logarithm lies twice as far out as the float's exponent range reaches (tiny
-  // shapes put it there, and their starting values are then the tails' leading terms, good
-  // to many digits in log y) is the float's limit: 0, or 1 when reflected, or infinity.
-  const double beyond = 2 * static_cast<double>(kMaxExponent) * std::log(10.0);
+  // A root whose logarithm lies beyond the float's exponent range (only tiny shapes put it
+  // there, and their starting values are then the tails' leading terms, good to as many
+  // digits in log y as the shape is small) is the float's limit: 0, or 1 when reflected,
+  // or infinity.
+  const double beyond = (1 + 1e-9) * static_cast<double>(kMaxExponent) * std::log(10.0);
   if (logGuess < -beyond) {
     *x = inv.reflect ? 1 : 0;
     return true;

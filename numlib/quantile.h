@@ -51,8 +51,10 @@ struct Inversion {
   BallTail density;  // |dT/dy| >= 0
   // y (log |dT/dy|)'(y) at y = e^u, in double: Halley's correction (Newton without it)
   std::function<double(double u)> logSlope;
-  // log T(e^u) and log |dT/dy| at y = e^u in double (optional): the first steps then cost
-  // nothing; a value that is not finite sends them to the ball functions.
+  // log T(e^u) and log |dT/du| = log(y |dT/dy|) at y = e^u in double (optional): the first
+  // steps then cost nothing; a value that is not finite sends them to the ball functions.
+  // (The density is taken in u so that log y and the log density, each as large as 10^17
+  // for a tiny shape, never meet in a double.)
   std::function<double(double u)> logTailD, logDensityD;
   bool upper = false;  // T decreases with y
   double ymax = 0;     // support bound of y (0: unbounded)

@@ -5,7 +5,7 @@ such probabilities, gamma deviates of tiny shapes, beta and F probabilities of t
 the beta probability of a tiny argument). Same line format and the same
 root finding and boundary test as make_numlib_deviate_reference.py; mpmath alone.
 
-Usage: python3 make_numlib_extreme_reference.py [output]   (about a minute)
+Usage: python3 make_numlib_extreme_reference.py [output]   (a minute or two)
 """
 
 import os
@@ -78,6 +78,13 @@ def cases():
                     zc = 1 - z()
                     return 1 - mpmath.betainc(mpf(b), mpf(a), 0, zc, regularized=True)
             yield (text % d, lambda d=d, f=f: decided(f, d))
+        # shapes so small that the root lies near 10^-(5e15): P(a, x) = x^a / Gamma(a + 1) times
+        # 1 - a x / (a + 1) + ..., so the leading term alone gives x to every digit asked
+        for p, a in [("0.3", "1e-16"), ("0.3", "1e-17")]:
+            def g(p=p, a=a):
+                aa = mpf(a)
+                return mpmath.exp((mpmath.log(mpf(p)) + mpmath.loggamma(1 + aa)) / aa)
+            yield ("g01ffc %d %s %s 1" % (d, p, a), lambda d=d, g=g: decided(g, d))
         for x in ["1e-100000000", "1e-4000000000000000"]:
             def f(x=x):
                 return mpmath.betainc(mpf("2.5"), mpf("3.5"), 0, mpf(x), regularized=True)
