@@ -83,6 +83,8 @@ int STATS_CopyData_MP(const STATS_VexaDataSample_MP& sample, VexaFloat* outPoint
 // Bytes of one rectangular element of the data type (handles are sizeof(ALGEB) wide);
 // 4 for an unknown type.
 int STATS_RTableDataSize_MP(VexaKernelVector kv, int datatype);
+// A new rectangular sfloat rtable lo .. hi, every element 0.
+ALGEB STATS_NewFloatRTable_MP(VexaKernelVector kv, M_INT lo, M_INT hi);
 
 // ---- Sorting and selection kernels (in place, inclusive bounds, 0-based) ----
 

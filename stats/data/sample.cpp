@@ -54,19 +54,23 @@ bool IsSfloat(VexaKernelVector kv, const RTableSettings& s) {
 
 // A new protected rectangular sfloat rtable 0 .. slots-1, every element 0.
 ALGEB NewWorkingRTable(VexaKernelVector kv, M_INT slots) {
+  ALGEB rt = STATS_NewFloatRTable_MP(kv, 0, slots - 1);
+  VexaGcProtect(kv, rt);
+  return rt;
+}
+
+}  // namespace
+
+ALGEB STATS_NewFloatRTable_MP(VexaKernelVector kv, M_INT lo, M_INT hi) {
   RTableSettings s;
   RTableGetDefaults(kv, &s);
   s.num_dimensions = 1;
   s.data_type = RTABLE_DAG;
   s.storage = RTABLE_RECT;
   s.element_type = ToVexaName(kv, "sfloat", 1);
-  M_INT bounds[2] = {0, slots - 1};
-  ALGEB rt = RTableCreate(kv, &s, nullptr, bounds);
-  VexaGcProtect(kv, rt);
-  return rt;
+  M_INT bounds[2] = {lo, hi};
+  return RTableCreate(kv, &s, nullptr, bounds);
 }
-
-}  // namespace
 
 STATS_Vector_MP::STATS_Vector_MP(VexaKernelVector kv, ALGEB rtable)
     : m_source(nullptr), m_working(nullptr), m_data(nullptr), m_kv(kv) {

@@ -4,19 +4,11 @@
 #include <utility>
 
 #include "data/data.h"
+#include "data/exchange.h"
 
 namespace {
 
-template <bool kWeighted>
-inline void Swap(VexaFloat* a, VexaFloat* w, int i, int j) {
-  std::swap(a[i], a[j]);
-  if (kWeighted) std::swap(w[i], w[j]);
-}
-
-template <bool kWeighted>
-inline void CompareExchange(VexaFloat* a, VexaFloat* w, int i, int j) {
-  if (STATS_DataGreater_MP(a[i], a[j])) Swap<kWeighted>(a, w, i, j);
-}
+using namespace data_exchange;
 
 // The scans are bound by the memory latency of the float nodes, not by the comparisons:
 // the nodes a few elements ahead are fetched early.

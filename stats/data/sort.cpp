@@ -5,20 +5,11 @@
 #include <utility>
 
 #include "data/data.h"
+#include "data/exchange.h"
 
 namespace {
 
-// Swaps elements i and j of a, and of w when the sort carries weights.
-template <bool kWeighted>
-inline void Swap(VexaFloat* a, VexaFloat* w, int i, int j) {
-  std::swap(a[i], a[j]);
-  if (kWeighted) std::swap(w[i], w[j]);
-}
-
-template <bool kWeighted>
-inline void CompareExchange(VexaFloat* a, VexaFloat* w, int i, int j) {
-  if (STATS_DataGreater_MP(a[i], a[j])) Swap<kWeighted>(a, w, i, j);
-}
+using namespace data_exchange;
 
 template <bool kWeighted>
 void InsertionSort(VexaFloat* a, VexaFloat* w, int lo, int hi) {

@@ -153,14 +153,7 @@ extern "C" ALGEB STATS_VexaFivePointSummary_MP(VexaKernelVector kv, ALGEB args) 
     points = Workspace(kv, sample.pointsVector(), false);
     n = STATS_CopySimpleData_MP(sample.points(), points, n, 1);
   }
-  RTableSettings s;
-  RTableGetDefaults(kv, &s);
-  s.num_dimensions = 1;
-  s.data_type = RTABLE_DAG;
-  s.storage = RTABLE_RECT;
-  s.element_type = ToVexaName(kv, "sfloat", 1);
-  M_INT bounds[2] = {1, 5};
-  ALGEB result = RTableCreate(kv, &s, nullptr, bounds);
+  ALGEB result = STATS_NewFloatRTable_MP(kv, 1, 5);
   NagError fail;
   VexaMP_g01alc(n, points, static_cast<VexaFloat*>(RTableDataBlock(kv, result)), &fail);
   if (fail.code == NE_INT_ARG_LT)
