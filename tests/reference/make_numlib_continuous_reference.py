@@ -164,27 +164,23 @@ def lines_probabilities(out):
                     lo = normal_tails(mpf(x))[0]
                     return lo if tail == "lower" else 2 * lo
                 out.append("g01eac %d %s %s %s" % (d, tail, x, decided(f, d)))
+    def t_line(d, tail, x, nu):
+        def f():
+            xx, n = mpf(x), mpf(nu)
+            if tail in ("signif", "confid"):
+                s, c = t_two(xx, n)
+                return s if tail == "signif" else c
+            return pick(tail, *t_tails(xx, n))
+        return "g01ebc %d %s %s %s %s" % (d, tail, x, nu, decided(f, d))
     for d in [10, 30, 100]:
         for nu in ["0.001", "1", "2.5", "30", "2000"]:
             for x in ["-50", "-2.1", "0.35", "4"]:
                 for tail in TAILS if d < 100 else ["lower", "upper"]:
-                    def f(x=x, nu=nu, tail=tail):
-                        xx, n = mpf(x), mpf(nu)
-                        if tail in ("signif", "confid"):
-                            s, c = t_two(xx, n)
-                            return s if tail == "signif" else c
-                        return pick(tail, *t_tails(xx, n))
-                    out.append("g01ebc %d %s %s %s %s" % (d, tail, x, nu, decided(f, d)))
+                    out.append(t_line(d, tail, x, nu))
     # arguments with more digits than Digits are taken exactly
     for x, nu in [("1.28870330691452449339450313685", "3"), ("-12.8870330691452449339450313685", "74")]:
         for tail in TAILS:
-            def f(x=x, nu=nu, tail=tail):
-                xx, n = mpf(x), mpf(nu)
-                if tail in ("signif", "confid"):
-                    s, c = t_two(xx, n)
-                    return s if tail == "signif" else c
-                return pick(tail, *t_tails(xx, n))
-            out.append("g01ebc 15 %s %s %s %s" % (tail, x, nu, decided(f, 15)))
+            out.append(t_line(15, tail, x, nu))
     for d in [10, 30, 100]:
         for nu, xs in [("0.001", ["1e-300", "0.5", "8"]), ("1", ["0.01", "3.84"]),
                        ("7.5", ["0.2", "7", "60"]), ("200", ["150", "260", "900"]),
