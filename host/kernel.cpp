@@ -5,6 +5,7 @@
 #include <new>
 
 #include "float/float_node.h"
+#include "host/node_pool.h"
 #include "host/nodes.h"
 
 namespace vexa {
@@ -71,7 +72,7 @@ ALGEB AsArgs(ALGEB args) {
 Kernel* GetKernel() {
   static Kernel* kernel = nullptr;
   if (kernel == nullptr) {
-    GC_INIT();
+    InitCollector();
     kernel = new (GC_MALLOC_UNCOLLECTABLE(sizeof(Kernel))) Kernel;
     Setup(kernel);
   }
