@@ -11,11 +11,13 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "float/float_node.h"
@@ -75,18 +77,47 @@ int DigitsU128(u128 v) {
   return t + (v >= kPow10U128[t]);
 }
 
-// 128-by-64 division whose quotient fits in 64 bits (hi(n) < d).
-inline uint64_t DivRem128(u128 n, uint64_t d, uint64_t* rem) {
-#if defined(__x86_64__)
-  uint64_t q, r;
-  uint64_t hi = static_cast<uint64_t>(n >> 64), lo = static_cast<uint64_t>(n);
-  __asm__("divq %4" : "=a"(q), "=d"(r) : "a"(lo), "d"(hi), "rm"(d) : "cc");
-  *rem = r;
+// 10^k shifted to a set top bit, with its reciprocal floor((2^128 - 1) / d) - 2^64, to divide
+// by 10^k with two multiplications instead of a divide instruction (Möller and Granlund,
+// "Improved division by invariant integers", 2011, Algorithm 4).
+struct Reciprocal {
+  uint64_t d;
+  int shift;
+  uint64_t v;
+};
+constexpr std::array<Reciprocal, 20> MakeReciprocals() {
+  std::array<Reciprocal, 20> t{};
+  for (int k = 1; k < 20; ++k) {
+    uint64_t d = kPow10[k];
+    int shift = 0;
+    while ((d >> 63) == 0) {
+      d <<= 1;
+      ++shift;
+    }
+    t[k] = {d, shift, static_cast<uint64_t>(~u128(0) / d - (u128(1) << 64))};
+  }
+  return t;
+}
+constexpr std::array<Reciprocal, 20> kReciprocals = MakeReciprocals();
+
+// floor(n / 10^k) and the remainder, for 1 <= k <= 19 and n < 10^k 2^64.
+inline uint64_t DivRemPow10(u128 n, int k, uint64_t* rem) {
+  const Reciprocal& c = kReciprocals[k];
+  u128 u = n << c.shift;
+  uint64_t u1 = static_cast<uint64_t>(u >> 64), u0 = static_cast<uint64_t>(u);
+  u128 p = static_cast<u128>(c.v) * u1 + u;
+  uint64_t q = static_cast<uint64_t>(p >> 64) + 1, low = static_cast<uint64_t>(p);
+  uint64_t r = u0 - q * c.d;
+  if (r > low) {
+    --q;
+    r += c.d;
+  }
+  if (__builtin_expect(r >= c.d, 0)) {
+    ++q;
+    r -= c.d;
+  }
+  *rem = r >> c.shift;
   return q;
-#else
-  *rem = static_cast<uint64_t>(n % d);
-  return static_cast<uint64_t>(n / d);
-#endif
 }
 
 ALGEB gUndefined, gPlusInfinity, gMinusInfinity, gZero;
@@ -204,8 +235,20 @@ int64_t LimbDigits(const mp_limb_t* m, mp_size_t n) {
   int64_t t = static_cast<int64_t>((static_cast<u128>(bits) * kLog10Of2) >> 64);
   const mpz_t& p = PowerOf(10, static_cast<unsigned long>(t));
   mp_size_t pn = p->_mp_size;
-  int c = n != pn ? (n < pn ? -1 : 1) : mpn_cmp(m, p->_mp_d, n);
-  return t + (c >= 0);
+  if (n != pn) return t + (n > pn);
+  mp_limb_t top = p->_mp_d[n - 1];
+  if (m[n - 1] != top) return t + (m[n - 1] > top);
+  return t + (mpn_cmp(m, p->_mp_d, n - 1) >= 0);
+}
+
+// Bounds on the decimal digits of the n-limb m (top limb nonzero) from its bit length.
+inline int64_t DigitsAtMost(const mp_limb_t* m, mp_size_t n) {
+  uint64_t bits = static_cast<uint64_t>(n) * 64 - __builtin_clzll(m[n - 1]);
+  return static_cast<int64_t>((static_cast<u128>(bits) * kLog10Of2) >> 64) + 1;
+}
+inline int64_t DigitsAtLeast(const mp_limb_t* m, mp_size_t n) {
+  uint64_t bits = static_cast<uint64_t>(n) * 64 - __builtin_clzll(m[n - 1]);
+  return static_cast<int64_t>((static_cast<u128>(bits - 1) * kLog10Of2) >> 64) + 1;
 }
 
 // m mod 5 from the sum of the limbs, as 2^64 = 1 (mod 5); m mod 10 with the parity.
@@ -220,21 +263,26 @@ unsigned Mod10(const mp_limb_t* m, mp_size_t n) {
   return (r5 & 1) == (m[0] & 1) ? r5 : r5 + 5;
 }
 
-// q = m / 10 for m divisible by 10 (q may be m). With b = (2^64 - 1) / 5, 1/5 is
-// -b (1 + 2^64 + 2^128 + ...) 2-adically, so each quotient limb is a running difference of
-// the limbs of m b: the carry chain is one subtraction per limb. Then a shift by one bit.
-void DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
+// q = m / 10 for m divisible by 10 (q may be m); returns q mod 5. The quotient is (m / 2)
+// / 5, m / 2 read a limb at a time. With b = (2^64 - 1) / 5, 1/5 is -b (1 + 2^64 + ...)
+// 2-adically, so each quotient limb is a running difference of the limbs of (m / 2) b: the
+// carry chain is one subtraction per limb.
+unsigned DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
   constexpr mp_limb_t b = ~mp_limb_t(0) / 5;
   mp_limb_t h = 0;
+  u128 sum = 0;
   for (mp_size_t i = 0; i < n; ++i) {
-    u128 p = static_cast<u128>(m[i]) * b;
+    mp_limb_t w = (m[i] >> 1) | (i + 1 < n ? m[i + 1] << 63 : 0);
+    u128 p = static_cast<u128>(w) * b;
     mp_limb_t lo = static_cast<mp_limb_t>(p), hi = static_cast<mp_limb_t>(p >> 64);
     mp_limb_t borrow = h < lo;
     h -= lo;
     q[i] = h;
+    sum += h;
     h = h - hi - borrow;
   }
-  mpn_rshift(q, q, n, 1);
+  return static_cast<unsigned>(
+      (static_cast<uint64_t>(sum) % 5 + static_cast<uint64_t>(sum >> 64) % 5) % 5);
 }
 
 // dst = src * 10^k (dst apart from src, LimbsFor(n, k) limbs); returns the normalized size.
@@ -297,7 +345,8 @@ ALGEB FinishLimbs(bool negative, mp_limb_t* mp, mp_size_t n, int64_t e) {
   n = Normalized(mp, n);
   if (n == 0) return SpecialFloatNode(kFinite);
   if (n == 1 && mp[0] <= INT64_MAX) return FinishSmall(negative, mp[0], e);
-  for (int stripped = 0; (mp[0] & 1) == 0 && Mod5(mp, n) == 0; ++stripped) {
+  unsigned r5 = (mp[0] & 1) == 0 ? Mod5(mp, n) : 1;
+  for (int stripped = 0; (mp[0] & 1) == 0 && r5 == 0; ++stripped) {
     if (stripped == 8) {  // many zeros: remove them all at once
       mpz_t view, q, ten;
       mpz_roinit_n(view, mp, n);
@@ -310,7 +359,7 @@ ALGEB FinishLimbs(bool negative, mp_limb_t* mp, mp_size_t n, int64_t e) {
       mpz_clear(ten);
       break;
     }
-    DivExact10(mp, mp, n);
+    r5 = DivExact10(mp, mp, n);
     n = Normalized(mp, n);
     ++e;
   }
@@ -325,7 +374,7 @@ ALGEB FinishLimbs(bool negative, mp_limb_t* mp, mp_size_t n, int64_t e) {
   f->header = MakeHeader(kFloatNode, kFinite);
   f->size = negative ? -static_cast<int32_t>(n) : static_cast<int32_t>(n);
   f->exponent = e;
-  std::memcpy(f->limbs, mp, sizeof(mp_limb_t) * n);
+  for (mp_size_t i = 0; i < n; ++i) f->limbs[i] = mp[i];
   return node;
 }
 
@@ -442,9 +491,11 @@ ALGEB FinishSmall(bool negative, uint64_t m, int64_t e) {
     m /= 10;
     ++e;
   }
-  int64_t top = e + DigitsU64(m);
-  if (top > kMaxExponent) return SpecialFloatNode(negative ? kMinusInfinity : kPlusInfinity);
-  if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
+  if (e > kMaxExponent - 20 || e < -kMaxExponent) {
+    int64_t top = e + DigitsU64(m);
+    if (top > kMaxExponent) return SpecialFloatNode(negative ? kMinusInfinity : kPlusInfinity);
+    if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
+  }
   return NewSmallFloatNode(negative ? -static_cast<int64_t>(m) : static_cast<int64_t>(m), e);
 }
 
@@ -457,7 +508,7 @@ ALGEB RoundSmall(bool negative, u128 m, int64_t e, int digits) {
   bool up;
   if (k <= 19 && static_cast<uint64_t>(m >> 64) < kPow10[k]) {
     uint64_t r;
-    q = DivRem128(m, kPow10[k], &r);
+    q = DivRemPow10(m, k, &r);
     uint64_t half = kPow10[k] / 2;
     up = r > half || (r == half && (q & 1));
   } else {
@@ -477,6 +528,67 @@ ALGEB RoundSmall(bool negative, u128 m, int64_t e, int digits) {
 ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
   return RoundLimbs(mpz_sgn(m) < 0, m->_mp_d, static_cast<mp_size_t>(mpz_size(m)), e, digits,
                     false);
+}
+
+// x = m 2^e2 with m odd: an integer when e2 >= 0, else m 5^-e2 10^e2, exact in decimal.
+ALGEB DoubleToNode(double x, int digits) {
+  if (std::isnan(x)) return SpecialFloatNode(kUndefined);
+  if (std::isinf(x)) return SpecialFloatNode(x > 0 ? kPlusInfinity : kMinusInfinity);
+  if (x == 0) return SpecialFloatNode(kFinite);
+  uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bool negative = bits >> 63;
+  int biased = static_cast<int>((bits >> 52) & 0x7ff);
+  uint64_t m = bits & ((uint64_t(1) << 52) - 1);
+  if (biased != 0) m |= uint64_t(1) << 52;
+  int e2 = (biased != 0 ? biased : 1) - 1075;
+  int zeros = __builtin_ctzll(m);
+  m >>= zeros;
+  e2 += zeros;
+  if (e2 >= 0) {
+    mp_limb_t limbs[18] = {};  // m 2^e2 < 2^1024
+    int w = e2 / 64, b = e2 % 64;
+    limbs[w] = m << b;
+    if (b != 0) limbs[w + 1] = m >> (64 - b);
+    return RoundLimbs(negative, limbs, w + 2, 0, digits, false);
+  }
+  const mpz_t& p = PowerOf(5, static_cast<unsigned long>(-e2));
+  mp_size_t pn = p->_mp_size;
+  mp_limb_t limbs[42];  // 5^1074 m < 2^2548
+  limbs[pn] = mpn_mul_1(limbs, p->_mp_d, pn, m);
+  return RoundLimbs(negative, limbs, pn + 1, e2, digits, false);
+}
+
+ALGEB ShortestDoubleToNode(double x) {
+  if (std::isnan(x)) return SpecialFloatNode(kUndefined);
+  if (std::isinf(x)) return SpecialFloatNode(x > 0 ? kPlusInfinity : kMinusInfinity);
+  if (x == 0) return SpecialFloatNode(kFinite);
+  // the shortest text: "-0.00123", "53165205877497296" or "1.5e-300"
+  char text[40];
+  const char* end = std::to_chars(text, text + sizeof text, x).ptr;
+  const char* c = text;
+  bool negative = *c == '-';
+  if (negative) ++c;
+  uint64_t m = 0;
+  int significant = 0;
+  int64_t fraction = -1;  // digits after the point, once it is seen
+  for (; c < end && *c != 'e'; ++c) {
+    if (*c == '.') {
+      fraction = 0;
+      continue;
+    }
+    m = m * 10 + static_cast<uint64_t>(*c - '0');
+    significant += m != 0;
+    if (fraction >= 0) ++fraction;
+  }
+  if (significant > 19)
+    return VexaFloatFromString(std::string(text, static_cast<size_t>(end - text))).Handle();
+  int64_t power = 0;
+  if (c < end) {
+    for (const char* d = c + 2; d < end; ++d) power = power * 10 + (*d - '0');
+    if (c[1] == '-') power = -power;
+  }
+  return FinishSmall(negative, m, power - (fraction > 0 ? fraction : 0));
 }
 
 int CurrentDigits() {
@@ -537,29 +649,28 @@ void AddExact(mpz_t m, int64_t* e, const mpz_t ma, int64_t ea, const mpz_t mb, i
   }
 }
 
-// The sum rounded to digits > 0 on limbs. When b lies wholly below a's digits and at least
-// three places below the rounding position, only its sign matters: it stands for a sticky
-// amount below a scaled to digits + 3 places.
+// The sum rounded to digits > 0 on limbs. When one operand lies wholly below the other's
+// digits and at least three places below the rounding position, only its sign matters: it
+// stands for a sticky amount below the other scaled to digits + 3 places. Digit counts
+// bounded from bit lengths suffice to see that (a near miss takes the exact path).
 ALGEB AddLimbs(const FloatNode* a, const FloatNode* b, bool subtract, int digits) {
   bool negA = a->size < 0, negB = (b->size < 0) != subtract;
   const mp_limb_t* pa = a->limbs;
   const mp_limb_t* pb = b->limbs;
   mp_size_t la = negA ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
   int64_t ea = a->exponent, eb = b->exponent;
-  int64_t topA = ea + LimbDigits(pa, la), topB = eb + LimbDigits(pb, lb);
-  if (topA < topB) {
+  for (int pass = 0; pass < 2; ++pass) {
+    int64_t t = std::min<int64_t>(ea, ea + DigitsAtLeast(pa, la) - digits - 3);
+    if (eb + DigitsAtMost(pb, lb) <= t) {
+      LimbBuffer buf(LimbsFor(la, ea - t));
+      mp_size_t n = ScaleByPow10(buf.get(), pa, la, ea - t);
+      if (negA != negB) mpn_sub_1(buf.get(), buf.get(), n, 1);
+      return RoundLimbs(negA, buf.get(), n, t, digits, true);
+    }
     std::swap(negA, negB);
     std::swap(pa, pb);
     std::swap(la, lb);
     std::swap(ea, eb);
-    std::swap(topA, topB);
-  }
-  int64_t t = std::min<int64_t>(ea, topA - digits - 3);
-  if (topB <= t) {
-    LimbBuffer buf(LimbsFor(la, ea - t));
-    mp_size_t n = ScaleByPow10(buf.get(), pa, la, ea - t);
-    if (negA != negB) mpn_sub_1(buf.get(), buf.get(), n, 1);
-    return RoundLimbs(negA, buf.get(), n, t, digits, true);
   }
   // exact sum at the lower exponent: the operand with the higher one is scaled
   if (ea < eb) {
@@ -568,9 +679,13 @@ ALGEB AddLimbs(const FloatNode* a, const FloatNode* b, bool subtract, int digits
     std::swap(la, lb);
     std::swap(ea, eb);
   }
-  LimbBuffer scaled(LimbsFor(la, ea - eb));
-  mp_limb_t* x = scaled.get();
-  mp_size_t lx = ScaleByPow10(x, pa, la, ea - eb);
+  LimbBuffer scaled(ea == eb ? 0 : LimbsFor(la, ea - eb));
+  const mp_limb_t* x = pa;
+  mp_size_t lx = la;
+  if (ea != eb) {
+    lx = ScaleByPow10(scaled.get(), pa, la, ea - eb);
+    x = scaled.get();
+  }
   const mp_limb_t* y = pb;
   mp_size_t ly = lb;
   bool negX = negA, negY = negB;

@@ -5,6 +5,7 @@
 #include <gmp.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <random>
 #include <string>
@@ -130,6 +131,27 @@ TEST(ExactRounding, FourOperationsMatchTheRoundedExactValue) {
                   << VexaFloatToString(got) << ", want " << VexaFloatToString(want);
   }
   mpq_clears(qa, qb, exact, nullptr);
+}
+
+TEST(ExactRounding, DoublesAreTheirExactBinaryValueRounded) {
+  std::mt19937_64 rng(42);
+  static const int kDigits[] = {1, 5, 10, 17, 18, 19, 20, 30, 50, 100, 800};
+  mpq_t exact;
+  mpq_init(exact);
+  for (int i = 0; i < 2000; ++i) {
+    uint64_t b = rng();
+    double x;
+    std::memcpy(&x, &b, sizeof x);
+    if (!std::isfinite(x) || x == 0) continue;
+    int d = kDigits[rng() % (sizeof kDigits / sizeof *kDigits)];
+    mpq_set_d(exact, x);
+    VexaDigitsScope digits(d);
+    VexaFloat got(x), want = VexaFloatFromString(RoundRational(exact, d));
+    ASSERT_TRUE(got == want && VexaFloatToString(got) == VexaFloatToString(want))
+        << x << " at Digits " << d << " gives " << VexaFloatToString(got) << ", want "
+        << VexaFloatToString(want);
+  }
+  mpq_clear(exact);
 }
 
 }  // namespace
