@@ -271,8 +271,7 @@ unsigned DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
   constexpr mp_limb_t b = ~mp_limb_t(0) / 5;
   mp_limb_t h = 0;
   u128 sum = 0;
-  for (mp_size_t i = 0; i < n; ++i) {
-    mp_limb_t w = (m[i] >> 1) | (i + 1 < n ? m[i + 1] << 63 : 0);
+  auto step = [&](mp_size_t i, mp_limb_t w) {
     u128 p = static_cast<u128>(w) * b;
     mp_limb_t lo = static_cast<mp_limb_t>(p), hi = static_cast<mp_limb_t>(p >> 64);
     mp_limb_t borrow = h < lo;
@@ -280,7 +279,9 @@ unsigned DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
     q[i] = h;
     sum += h;
     h = h - hi - borrow;
-  }
+  };
+  for (mp_size_t i = 0; i + 1 < n; ++i) step(i, (m[i] >> 1) | (m[i + 1] << 63));
+  step(n - 1, m[n - 1] >> 1);
   return static_cast<unsigned>(
       (static_cast<uint64_t>(sum) % 5 + static_cast<uint64_t>(sum >> 64) % 5) % 5);
 }
@@ -722,6 +723,12 @@ ALGEB AddFinite(const FloatNode* a, const FloatNode* b, bool subtract, int digit
       std::swap(ea, eb);
     }
     int64_t d = ea - eb;
+    if (d == 0) {  // |ma + mb| < 2 10^18: no rounding when below 10^digits
+      int64_t s = ma + mb;
+      uint64_t u = s < 0 ? 0 - static_cast<uint64_t>(s) : static_cast<uint64_t>(s);
+      if (u < kPow10[digits]) return FinishSmall(s < 0, u, eb);
+      return RoundSmall(s < 0, u, eb, digits);
+    }
     if (d <= 19) {
       __int128 s = static_cast<__int128>(ma) * static_cast<__int128>(kPow10[d]) + mb;
       bool neg = s < 0;
