@@ -77,6 +77,20 @@ int DigitsU128(u128 v) {
   return t + (v >= kPow10U128[t]);
 }
 
+// 128-by-64 division whose quotient fits in 64 bits (hi(n) < d).
+inline uint64_t DivRem128(u128 n, uint64_t d, uint64_t* rem) {
+#if defined(__x86_64__)
+  uint64_t q, r;
+  uint64_t hi = static_cast<uint64_t>(n >> 64), lo = static_cast<uint64_t>(n);
+  __asm__("divq %4" : "=a"(q), "=d"(r) : "a"(lo), "d"(hi), "rm"(d) : "cc");
+  *rem = r;
+  return q;
+#else
+  *rem = static_cast<uint64_t>(n % d);
+  return static_cast<uint64_t>(n / d);
+#endif
+}
+
 // 10^k shifted to a set top bit, with its reciprocal floor((2^128 - 1) / d) - 2^64, to divide
 // by 10^k with two multiplications instead of a divide instruction (Möller and Granlund,
 // "Improved division by invariant integers", 2011, Algorithm 4).
@@ -329,7 +343,10 @@ bool DivPow10Large(mp_limb_t* m, mp_size_t* n, int64_t k, bool sticky) {
   mp_size_t pn = p->_mp_size;
   LimbBuffer rem(static_cast<size_t>(pn));
   mp_limb_t* r = rem.get();
-  mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
+  if (pn == 2)  // 27 < k <= 55, Digits near 50
+    m[mn - 2] = mpn_div_qr_2(m, r, s, mn, p->_mp_d);
+  else
+    mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
   *n = Normalized(m, mn - pn + 1);
   int c = mpn_lshift(r, r, pn, 1) != 0 ? 1 : 0;
   r[0] |= half;
@@ -810,6 +827,26 @@ ALGEB DivLimbs(const FloatNode* a, const FloatNode* b, int digits) {
 ALGEB DivFinite(const FloatNode* a, const FloatNode* b, int digits) {
   if (a->size == 0) return SpecialFloatNode(kFinite);
   bool negative = (a->size < 0) != (b->size < 0);
+  if (digits > 0 && digits <= kSmallDigits && IsSmall(a) && IsSmall(b)) {
+    // q = floor(a 10^k / b) with digits or digits + 1 digits, as in DivLimbs; below
+    // 10^19 < 2^64, so one hardware division gives it and the remainder
+    uint64_t ua = a->limbs[0], ub = b->limbs[0];
+    int k = digits + DigitsU64(ub) - DigitsU64(ua);
+    if (k >= 0 && k <= 19) {
+      uint64_t r, q = DivRem128(static_cast<u128>(ua) * kPow10[k], ub, &r);
+      int64_t e = a->exponent - b->exponent - k;
+      bool up;
+      if (q >= kPow10[digits]) {
+        uint64_t last = q % 10;
+        q /= 10;
+        ++e;
+        up = last > 5 || (last == 5 && (r != 0 || (q & 1)));
+      } else {
+        up = r != 0 && (2 * r > ub || (2 * r == ub && (q & 1)));
+      }
+      return FinishSmall(negative, q + up, e);
+    }
+  }
   if (digits <= kSmallDigits && IsSmall(a) && IsSmall(b)) {
     // q = a * 10^k / b with at least digits + 2 digits, plus a sticky digit
     uint64_t ua = a->limbs[0], ub = b->limbs[0];
