@@ -6,26 +6,28 @@
 #include <gc/gc.h>
 #include <gc/gc_inline.h>
 
-#include <new>
-
 namespace vexa {
 
 __thread AtomicPools* tAtomicPools __attribute__((tls_model("initial-exec"))) = nullptr;
 
 namespace {
 
+__thread bool tPoolsReleased = false;
+
 // Returns the thread's pools to the collector when the thread ends; nodes still listed
-// then become garbage.
+// then become garbage, and nodes made later in the thread's exit come unpooled.
 struct PoolsRelease {
   AtomicPools* pools = nullptr;
   ~PoolsRelease() {
-    if (pools == tAtomicPools) tAtomicPools = nullptr;
+    tAtomicPools = nullptr;
+    tPoolsReleased = true;
     GC_FREE(pools);
   }
 };
 
 AtomicPools* CreatePools() {
   InitCollector();
+  if (tPoolsReleased) return nullptr;
   auto* pools = static_cast<AtomicPools*>(GC_MALLOC_UNCOLLECTABLE(sizeof(AtomicPools)));
   if (pools == nullptr) return nullptr;
   static thread_local PoolsRelease release;
@@ -48,7 +50,7 @@ void* AllocAtomicRefill(size_t bytes) {
   size_t granules = (bytes + kPoolGranuleBytes) / kPoolGranuleBytes;
   if (granules > kPooledGranules) return GC_MALLOC_ATOMIC(bytes);
   AtomicPools* pools = tAtomicPools != nullptr ? tAtomicPools : CreatePools();
-  if (pools == nullptr) return nullptr;
+  if (pools == nullptr) return GC_MALLOC_ATOMIC(bytes);
   AtomicPools::Pool& pool = pools->bySize[granules];
   void* list = nullptr;
   // whole granules: the size is taken as it is, with no end byte added
