@@ -677,7 +677,9 @@ ALGEB AddLimbs(const FloatNode* a, const FloatNode* b, bool subtract, int digits
   const mp_limb_t* pb = b->limbs;
   mp_size_t la = negA ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
   int64_t ea = a->exponent, eb = b->exponent;
-  for (int pass = 0; pass < 2; ++pass) {
+  // with exponents this close the exact sum costs about as much as the test
+  int passes = ea - eb > digits + 40 || eb - ea > digits + 40 ? 2 : 0;
+  for (int pass = 0; pass < passes; ++pass) {
     int64_t t = std::min<int64_t>(ea, ea + DigitsAtLeast(pa, la) - digits - 3);
     if (eb + DigitsAtMost(pb, lb) <= t) {
       LimbBuffer buf(LimbsFor(la, ea - t));
