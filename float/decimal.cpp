@@ -1,6 +1,9 @@
 // Decimal float arithmetic: nodes, correctly rounded + - * / and sqrt, exact comparison,
 // rounding to Digits with ties to even. Mantissas of up to 18 digits at Digits <= 18 run
-// on machine integers with 128-bit intermediates; everything else on GMP.
+// on machine integers with 128-bit intermediates; everything else on GMP's mpn layer over
+// stack buffers. Rounding divides by 10^k as 2^k 5^k: a shift, then a division by the
+// smaller 5^k; one decimal digit (the common case of a sum) is a division by 5 done as a
+// Hensel division, since 5 divides 2^64 - 1.
 #include "float/decimal.h"
 
 #include <gc.h>
@@ -8,12 +11,17 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+#include <string>
 #include <vector>
 
 #include "float/float_node.h"
+#include "host/node_pool.h"
 
 namespace vexa {
 
@@ -83,11 +91,54 @@ inline uint64_t DivRem128(u128 n, uint64_t d, uint64_t* rem) {
 #endif
 }
 
+// 10^k shifted to a set top bit, with its reciprocal floor((2^128 - 1) / d) - 2^64, to divide
+// by 10^k with two multiplications instead of a divide instruction (Möller and Granlund,
+// "Improved division by invariant integers", 2011, Algorithm 4).
+struct Reciprocal {
+  uint64_t d;
+  int shift;
+  uint64_t v;
+};
+constexpr std::array<Reciprocal, 20> MakeReciprocals() {
+  std::array<Reciprocal, 20> t{};
+  for (int k = 1; k < 20; ++k) {
+    uint64_t d = kPow10[k];
+    int shift = 0;
+    while ((d >> 63) == 0) {
+      d <<= 1;
+      ++shift;
+    }
+    t[k] = {d, shift, static_cast<uint64_t>(~u128(0) / d - (u128(1) << 64))};
+  }
+  return t;
+}
+constexpr std::array<Reciprocal, 20> kReciprocals = MakeReciprocals();
+
+// floor(n / 10^k) and the remainder, for 1 <= k <= 19 and n < 10^k 2^64.
+inline uint64_t DivRemPow10(u128 n, int k, uint64_t* rem) {
+  const Reciprocal& c = kReciprocals[k];
+  u128 u = n << c.shift;
+  uint64_t u1 = static_cast<uint64_t>(u >> 64), u0 = static_cast<uint64_t>(u);
+  u128 p = static_cast<u128>(c.v) * u1 + u;
+  uint64_t q = static_cast<uint64_t>(p >> 64) + 1, low = static_cast<uint64_t>(p);
+  uint64_t r = u0 - q * c.d;
+  if (r > low) {
+    --q;
+    r += c.d;
+  }
+  if (__builtin_expect(r >= c.d, 0)) {
+    ++q;
+    r -= c.d;
+  }
+  *rem = r >> c.shift;
+  return q;
+}
+
 ALGEB gUndefined, gPlusInfinity, gMinusInfinity, gZero;
 
 ALGEB AllocFloat(int limbs) {
   size_t bytes = offsetof(FloatNode, limbs) + sizeof(mp_limb_t) * (limbs > 0 ? limbs : 1);
-  void* p = GC_MALLOC_ATOMIC(bytes);
+  void* p = AllocAtomicPooled(bytes);
   if (p == nullptr) throw std::bad_alloc();
   return static_cast<ALGEB>(p);
 }
@@ -104,7 +155,7 @@ ALGEB MakeSpecial(FloatKind kind) {
 
 struct Specials {
   Specials() {
-    GC_INIT();
+    InitCollector();
     gUndefined = MakeSpecial(kUndefined);
     gPlusInfinity = MakeSpecial(kPlusInfinity);
     gMinusInfinity = MakeSpecial(kMinusInfinity);
@@ -128,6 +179,258 @@ const mpz_t& Pow10Cached(unsigned long k) {
     mpz_ui_pow_ui(cache[filled], 10, filled);
   }
   return cache[k];
+}
+
+const mpz_t& Pow5Cached(unsigned long k) {
+  static mpz_t cache[kCachedPowers];
+  static unsigned long filled = 0;
+  for (; filled <= k; ++filled) {
+    mpz_init(cache[filled]);
+    mpz_ui_pow_ui(cache[filled], 5, filled);
+  }
+  return cache[k];
+}
+
+// base^k, cached below kCachedPowers; above, the last one asked for is kept (valid until
+// the next call for another exponent).
+const mpz_t& PowerOf(unsigned base, unsigned long k) {
+  if (k < kCachedPowers) return base == 10 ? Pow10Cached(k) : Pow5Cached(k);
+  static mpz_t last[2];
+  static unsigned long lastK[2] = {0, 0};
+  int i = base == 10 ? 0 : 1;
+  if (lastK[i] == 0) mpz_init(last[i]);
+  if (lastK[i] != k) {
+    mpz_ui_pow_ui(last[i], base, k);
+    lastK[i] = k;
+  }
+  return last[i];
+}
+
+// ---- limb kernels ----
+
+// Limb scratch on the stack, or from malloc when large (limbs hold no handles).
+class LimbBuffer {
+ public:
+  explicit LimbBuffer(size_t n)
+      : p_(n <= kInline ? local_ : static_cast<mp_limb_t*>(std::malloc(n * sizeof(mp_limb_t)))) {
+    if (p_ == nullptr) throw std::bad_alloc();
+  }
+  ~LimbBuffer() {
+    if (p_ != local_) std::free(p_);
+  }
+  LimbBuffer(const LimbBuffer&) = delete;
+  LimbBuffer& operator=(const LimbBuffer&) = delete;
+  mp_limb_t* get() { return p_; }
+
+ private:
+  static constexpr size_t kInline = 160;
+  mp_limb_t local_[kInline];
+  mp_limb_t* p_;
+};
+
+// Limbs enough for a number of `digits` decimal digits times 10^k (10^19 < 2^64).
+inline size_t LimbsFor(int64_t limbs, int64_t k) {
+  return static_cast<size_t>(limbs + k / 19 + 2);
+}
+
+inline mp_size_t Normalized(const mp_limb_t* m, mp_size_t n) {
+  while (n > 0 && m[n - 1] == 0) --n;
+  return n;
+}
+
+// floor(log10(2) * 2^64): floor(bits * log10 2) is exact with it for any size here.
+constexpr uint64_t kLog10Of2 = 0x4d104d427de7fbccULL;
+
+// Decimal digits of the n-limb m (top limb nonzero): t = floor(bits log10 2) is the count
+// or one short of it, decided by one comparison with 10^t.
+int64_t LimbDigits(const mp_limb_t* m, mp_size_t n) {
+  if (n == 1) return DigitsU64(m[0]);
+  uint64_t bits = static_cast<uint64_t>(n) * 64 - __builtin_clzll(m[n - 1]);
+  int64_t t = static_cast<int64_t>((static_cast<u128>(bits) * kLog10Of2) >> 64);
+  const mpz_t& p = PowerOf(10, static_cast<unsigned long>(t));
+  mp_size_t pn = p->_mp_size;
+  if (n != pn) return t + (n > pn);
+  mp_limb_t top = p->_mp_d[n - 1];
+  if (m[n - 1] != top) return t + (m[n - 1] > top);
+  return t + (mpn_cmp(m, p->_mp_d, n - 1) >= 0);
+}
+
+// Bounds on the decimal digits of the n-limb m (top limb nonzero) from its bit length.
+inline int64_t DigitsAtMost(const mp_limb_t* m, mp_size_t n) {
+  uint64_t bits = static_cast<uint64_t>(n) * 64 - __builtin_clzll(m[n - 1]);
+  return static_cast<int64_t>((static_cast<u128>(bits) * kLog10Of2) >> 64) + 1;
+}
+inline int64_t DigitsAtLeast(const mp_limb_t* m, mp_size_t n) {
+  uint64_t bits = static_cast<uint64_t>(n) * 64 - __builtin_clzll(m[n - 1]);
+  return static_cast<int64_t>((static_cast<u128>(bits - 1) * kLog10Of2) >> 64) + 1;
+}
+
+// m mod 5 from the sum of the limbs, as 2^64 = 1 (mod 5); m mod 10 with the parity.
+unsigned Mod5(const mp_limb_t* m, mp_size_t n) {
+  u128 s = 0;
+  for (mp_size_t i = 0; i < n; ++i) s += m[i];
+  return static_cast<unsigned>((static_cast<uint64_t>(s) % 5 + static_cast<uint64_t>(s >> 64) % 5) %
+                               5);
+}
+unsigned Mod10(const mp_limb_t* m, mp_size_t n) {
+  unsigned r5 = Mod5(m, n);
+  return (r5 & 1) == (m[0] & 1) ? r5 : r5 + 5;
+}
+
+// q = m / 10 for m divisible by 10 (q may be m); returns q mod 5. The quotient is (m / 2)
+// / 5, m / 2 read a limb at a time. With b = (2^64 - 1) / 5, 1/5 is -b (1 + 2^64 + ...)
+// 2-adically, so each quotient limb is a running difference of the limbs of (m / 2) b: the
+// carry chain is one subtraction per limb.
+unsigned DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
+  constexpr mp_limb_t b = ~mp_limb_t(0) / 5;
+  mp_limb_t h = 0;
+  u128 sum = 0;
+  auto step = [&](mp_size_t i, mp_limb_t w) {
+    u128 p = static_cast<u128>(w) * b;
+    mp_limb_t lo = static_cast<mp_limb_t>(p), hi = static_cast<mp_limb_t>(p >> 64);
+    mp_limb_t borrow = h < lo;
+    h -= lo;
+    q[i] = h;
+    sum += h;
+    h = h - hi - borrow;
+  };
+  for (mp_size_t i = 0; i + 1 < n; ++i) step(i, (m[i] >> 1) | (m[i + 1] << 63));
+  step(n - 1, m[n - 1] >> 1);
+  return static_cast<unsigned>(
+      (static_cast<uint64_t>(sum) % 5 + static_cast<uint64_t>(sum >> 64) % 5) % 5);
+}
+
+// dst = src * 10^k (dst apart from src, LimbsFor(n, k) limbs); returns the normalized size.
+mp_size_t ScaleByPow10(mp_limb_t* dst, const mp_limb_t* src, mp_size_t n, int64_t k) {
+  if (k == 0) {
+    mpn_copyi(dst, src, n);
+    return n;
+  }
+  if (k < 20) {
+    dst[n] = mpn_mul_1(dst, src, n, kPow10[k]);
+    return Normalized(dst, n + 1);
+  }
+  const mpz_t& p = PowerOf(10, static_cast<unsigned long>(k));
+  mp_size_t pn = p->_mp_size;
+  if (n >= pn)
+    mpn_mul(dst, src, n, p->_mp_d, pn);
+  else
+    mpn_mul(dst, p->_mp_d, pn, src, n);
+  return Normalized(dst, n + pn);
+}
+
+// q = floor(m / 10^k) into m, for k >= 20 and m >= 10^k; returns whether to round q up
+// (sticky: the value lies above m by less than a unit). With m = 2^k M + r2 and
+// M = 5^k q + r5, the remainder is 2^k r5 + r2, which against half of 10^k is
+// 2 r5 + (bit k-1 of m) against 5^k, the bits below k - 1 breaking a tie.
+bool DivPow10Large(mp_limb_t* m, mp_size_t* n, int64_t k, bool sticky) {
+  mp_size_t o = static_cast<mp_size_t>(k / 64);
+  unsigned sh = static_cast<unsigned>(k % 64);
+  mp_size_t tl = static_cast<mp_size_t>((k - 1) / 64);
+  unsigned tb = static_cast<unsigned>((k - 1) % 64);
+  bool half = (m[tl] >> tb) & 1;
+  bool below = sticky || (m[tl] & ((mp_limb_t(1) << tb) - 1)) != 0;
+  for (mp_size_t i = 0; i < tl && !below; ++i) below = m[i] != 0;
+  mp_size_t mn = *n - o;
+  LimbBuffer shifted(static_cast<size_t>(mn));
+  mp_limb_t* s = shifted.get();
+  if (sh != 0)
+    mpn_rshift(s, m + o, mn, sh);
+  else
+    mpn_copyi(s, m + o, mn);
+  mn = Normalized(s, mn);
+  const mpz_t& p = PowerOf(5, static_cast<unsigned long>(k));
+  mp_size_t pn = p->_mp_size;
+  LimbBuffer rem(static_cast<size_t>(pn));
+  mp_limb_t* r = rem.get();
+  if (pn == 2)  // 27 < k <= 55, Digits near 50
+    m[mn - 2] = mpn_div_qr_2(m, r, s, mn, p->_mp_d);
+  else
+    mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
+  *n = Normalized(m, mn - pn + 1);
+  int c = mpn_lshift(r, r, pn, 1) != 0 ? 1 : 0;
+  r[0] |= half;
+  if (c == 0) c = mpn_cmp(r, p->_mp_d, pn);
+  return c > 0 || (c == 0 && (below || (m[0] & 1)));
+}
+
+ALGEB FinishSmall(bool negative, uint64_t m, int64_t e);
+ALGEB RoundSmall(bool negative, u128 m, int64_t e, int digits);
+
+// Node for (-1)^negative m 10^e, m = mp[0..n) (scratch): trailing zeros stripped, the
+// exponent range checked.
+ALGEB FinishLimbs(bool negative, mp_limb_t* mp, mp_size_t n, int64_t e) {
+  n = Normalized(mp, n);
+  if (n == 0) return SpecialFloatNode(kFinite);
+  if (n == 1 && mp[0] <= INT64_MAX) return FinishSmall(negative, mp[0], e);
+  unsigned r5 = (mp[0] & 1) == 0 ? Mod5(mp, n) : 1;
+  for (int stripped = 0; (mp[0] & 1) == 0 && r5 == 0; ++stripped) {
+    if (stripped == 8) {  // many zeros: remove them all at once
+      mpz_t view, q, ten;
+      mpz_roinit_n(view, mp, n);
+      mpz_init(q);
+      mpz_init_set_ui(ten, 10);
+      e += static_cast<int64_t>(mpz_remove(q, view, ten));
+      n = static_cast<mp_size_t>(mpz_size(q));
+      mpn_copyi(mp, q->_mp_d, n);
+      mpz_clear(q);
+      mpz_clear(ten);
+      break;
+    }
+    r5 = DivExact10(mp, mp, n);
+    n = Normalized(mp, n);
+    ++e;
+  }
+  if (n == 1 && mp[0] <= INT64_MAX) return FinishSmall(negative, mp[0], e);
+  if (e > kMaxExponent - 20 * static_cast<int64_t>(n) || e < -kMaxExponent) {
+    int64_t top = e + LimbDigits(mp, n);
+    if (top > kMaxExponent) return SpecialFloatNode(negative ? kMinusInfinity : kPlusInfinity);
+    if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
+  }
+  ALGEB node = AllocFloat(static_cast<int>(n));
+  FloatNode* f = reinterpret_cast<FloatNode*>(node);
+  f->header = MakeHeader(kFloatNode, kFinite);
+  f->size = negative ? -static_cast<int32_t>(n) : static_cast<int32_t>(n);
+  f->exponent = e;
+  for (mp_size_t i = 0; i < n; ++i) f->limbs[i] = mp[i];
+  return node;
+}
+
+// Rounds (-1)^negative (m + s) 10^e to `digits` digits, ties to even, m = mp[0..n) (scratch,
+// n limbs suffice for the result). When `sticky`, s is some amount strictly between 0 and 1
+// and m has more than `digits` digits; otherwise s = 0. digits <= 0 keeps m as it is.
+ALGEB RoundLimbs(bool negative, mp_limb_t* mp, mp_size_t n, int64_t e, int digits, bool sticky) {
+  n = Normalized(mp, n);
+  if (n == 0) return SpecialFloatNode(kFinite);
+  if (!sticky && digits > 0 && digits <= kSmallDigits && n <= 2) {
+    u128 v = mp[0];
+    if (n == 2) v |= static_cast<u128>(mp[1]) << 64;
+    return RoundSmall(negative, v, e, digits);
+  }
+  if (digits <= 0) return FinishLimbs(negative, mp, n, e);
+  int64_t d = LimbDigits(mp, n);
+  if (d <= digits) return FinishLimbs(negative, mp, n, e);
+  int64_t k = d - digits;
+  bool up;
+  if (k == 1) {
+    unsigned r = Mod10(mp, n);
+    mpn_sub_1(mp, mp, n, r);
+    DivExact10(mp, mp, n);
+    up = r > 5 || (r == 5 && (sticky || (mp[0] & 1)));
+    n = Normalized(mp, n);
+  } else if (k < 20) {
+    mp_limb_t p = kPow10[k], half = p / 2;
+    mp_limb_t r = mpn_divrem_1(mp, 0, mp, n, p);
+    up = r > half || (r == half && (sticky || (mp[0] & 1)));
+    n = Normalized(mp, n);
+  } else {
+    up = DivPow10Large(mp, &n, k, sticky);
+  }
+  if (up) {
+    mp_limb_t carry = mpn_add_1(mp, mp, n, 1);
+    if (carry != 0) mp[n++] = carry;
+  }
+  return FinishLimbs(negative, mp, n, e + k);
 }
 
 }  // namespace
@@ -155,19 +458,7 @@ void MulPow10(mpz_t r, const mpz_t a, unsigned long k) {
 
 int64_t DecimalDigits(const mpz_t a) {
   if (mpz_sgn(a) == 0) return 1;
-  if (mpz_size(a) == 1) return DigitsU64(mpz_getlimbn(a, 0));
-  int64_t n = static_cast<int64_t>(mpz_sizeinbase(a, 10));
-  // sizeinbase may overstate by one
-  if (n < static_cast<int64_t>(kCachedPowers)) {
-    if (mpz_cmpabs(a, Pow10Cached(n - 1)) < 0) --n;
-  } else {
-    mpz_t p;
-    mpz_init(p);
-    mpz_ui_pow_ui(p, 10, n - 1);
-    if (mpz_cmpabs(a, p) < 0) --n;
-    mpz_clear(p);
-  }
-  return n;
+  return LimbDigits(a->_mp_d, static_cast<mp_size_t>(mpz_size(a)));
 }
 
 ALGEB SpecialFloatNode(FloatKind kind) {
@@ -212,23 +503,17 @@ ALGEB NewFloatNode(const mpz_t mantissa, int64_t exponent) {
 // checks the exponent range. digits <= 0 keeps every digit.
 namespace {
 
-// Scratch integers reused across calls, so that the GMP paths do not allocate each time.
-struct Scratch {
-  mpz_t v;
-  Scratch() { mpz_init(v); }
-  ~Scratch() { mpz_clear(v); }
-};
-thread_local Scratch gRemainder, gProduct;
-
 ALGEB FinishSmall(bool negative, uint64_t m, int64_t e) {
   if (m == 0) return SpecialFloatNode(kFinite);
   while (m % 10 == 0) {
     m /= 10;
     ++e;
   }
-  int64_t top = e + DigitsU64(m);
-  if (top > kMaxExponent) return SpecialFloatNode(negative ? kMinusInfinity : kPlusInfinity);
-  if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
+  if (e > kMaxExponent - 20 || e < -kMaxExponent) {
+    int64_t top = e + DigitsU64(m);
+    if (top > kMaxExponent) return SpecialFloatNode(negative ? kMinusInfinity : kPlusInfinity);
+    if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
+  }
   return NewSmallFloatNode(negative ? -static_cast<int64_t>(m) : static_cast<int64_t>(m), e);
 }
 
@@ -241,7 +526,7 @@ ALGEB RoundSmall(bool negative, u128 m, int64_t e, int digits) {
   bool up;
   if (k <= 19 && static_cast<uint64_t>(m >> 64) < kPow10[k]) {
     uint64_t r;
-    q = DivRem128(m, kPow10[k], &r);
+    q = DivRemPow10(m, k, &r);
     uint64_t half = kPow10[k] / 2;
     up = r > half || (r == half && (q & 1));
   } else {
@@ -259,46 +544,69 @@ ALGEB RoundSmall(bool negative, u128 m, int64_t e, int digits) {
 }  // namespace
 
 ALGEB RoundToNode(mpz_t m, int64_t e, int digits) {
-  if (mpz_sgn(m) == 0) return SpecialFloatNode(kFinite);
-  if (mpz_size(m) <= 2) {
-    u128 v = mpz_getlimbn(m, 0);
-    if (mpz_size(m) == 2) v |= static_cast<u128>(mpz_getlimbn(m, 1)) << 64;
-    if (digits > 0 && digits <= kSmallDigits) return RoundSmall(mpz_sgn(m) < 0, v, e, digits);
-    if ((v >> 64) == 0 && v < kSmallLimit && (digits <= 0 || digits >= kSmallDigits))
-      return FinishSmall(mpz_sgn(m) < 0, static_cast<uint64_t>(v), e);
+  return RoundLimbs(mpz_sgn(m) < 0, m->_mp_d, static_cast<mp_size_t>(mpz_size(m)), e, digits,
+                    false);
+}
+
+// x = m 2^e2 with m odd: an integer when e2 >= 0, else m 5^-e2 10^e2, exact in decimal.
+ALGEB DoubleToNode(double x, int digits) {
+  if (std::isnan(x)) return SpecialFloatNode(kUndefined);
+  if (std::isinf(x)) return SpecialFloatNode(x > 0 ? kPlusInfinity : kMinusInfinity);
+  if (x == 0) return SpecialFloatNode(kFinite);
+  uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bool negative = bits >> 63;
+  int biased = static_cast<int>((bits >> 52) & 0x7ff);
+  uint64_t m = bits & ((uint64_t(1) << 52) - 1);
+  if (biased != 0) m |= uint64_t(1) << 52;
+  int e2 = (biased != 0 ? biased : 1) - 1075;
+  int zeros = __builtin_ctzll(m);
+  m >>= zeros;
+  e2 += zeros;
+  if (e2 >= 0) {
+    mp_limb_t limbs[18] = {};  // m 2^e2 < 2^1024
+    int w = e2 / 64, b = e2 % 64;
+    limbs[w] = m << b;
+    if (b != 0) limbs[w + 1] = m >> (64 - b);
+    return RoundLimbs(negative, limbs, w + 2, 0, digits, false);
   }
-  int64_t n = DecimalDigits(m);
-  if (digits > 0 && n > digits) {
-    int64_t k = n - digits;
-    mpz_t big;
-    const mpz_t* p = &big;
-    if (k < static_cast<int64_t>(kCachedPowers)) {
-      p = &Pow10Cached(k);
-    } else {
-      mpz_init(big);
-      Pow10(big, k);
+  const mpz_t& p = PowerOf(5, static_cast<unsigned long>(-e2));
+  mp_size_t pn = p->_mp_size;
+  mp_limb_t limbs[42];  // 5^1074 m < 2^2548
+  limbs[pn] = mpn_mul_1(limbs, p->_mp_d, pn, m);
+  return RoundLimbs(negative, limbs, pn + 1, e2, digits, false);
+}
+
+ALGEB ShortestDoubleToNode(double x) {
+  if (std::isnan(x)) return SpecialFloatNode(kUndefined);
+  if (std::isinf(x)) return SpecialFloatNode(x > 0 ? kPlusInfinity : kMinusInfinity);
+  if (x == 0) return SpecialFloatNode(kFinite);
+  // the shortest text: "-0.00123", "53165205877497296" or "1.5e-300"
+  char text[40];
+  const char* end = std::to_chars(text, text + sizeof text, x).ptr;
+  const char* c = text;
+  bool negative = *c == '-';
+  if (negative) ++c;
+  uint64_t m = 0;
+  int significant = 0;
+  int64_t fraction = -1;  // digits after the point, once it is seen
+  for (; c < end && *c != 'e'; ++c) {
+    if (*c == '.') {
+      fraction = 0;
+      continue;
     }
-    mpz_t& r = gRemainder.v;
-    int sign = mpz_sgn(m);
-    mpz_abs(m, m);
-    mpz_tdiv_qr(m, r, m, *p);
-    mpz_mul_2exp(r, r, 1);
-    int c = mpz_cmp(r, *p);
-    if (c > 0 || (c == 0 && mpz_odd_p(m))) mpz_add_ui(m, m, 1);
-    if (sign < 0) mpz_neg(m, m);
-    e += k;
-    if (p == &big) mpz_clear(big);
+    m = m * 10 + static_cast<uint64_t>(*c - '0');
+    significant += m != 0;
+    if (fraction >= 0) ++fraction;
   }
-  if (mpz_divisible_ui_p(m, 10)) {
-    mpz_t ten;
-    mpz_init_set_ui(ten, 10);
-    e += static_cast<int64_t>(mpz_remove(m, m, ten));
-    mpz_clear(ten);
+  if (significant > 19)
+    return VexaFloatFromString(std::string(text, static_cast<size_t>(end - text))).Handle();
+  int64_t power = 0;
+  if (c < end) {
+    for (const char* d = c + 2; d < end; ++d) power = power * 10 + (*d - '0');
+    if (c[1] == '-') power = -power;
   }
-  int64_t top = e + DecimalDigits(m);
-  if (top > kMaxExponent) return SpecialFloatNode(mpz_sgn(m) < 0 ? kMinusInfinity : kPlusInfinity);
-  if (top < -kMaxExponent) return SpecialFloatNode(kFinite);
-  return NewFloatNode(m, e);
+  return FinishSmall(negative, m, power - (fraction > 0 ? fraction : 0));
 }
 
 int CurrentDigits() {
@@ -365,6 +673,67 @@ void AddExact(mpz_t m, int64_t* e, const mpz_t ma, int64_t ea, const mpz_t mb, i
   }
 }
 
+// The sum rounded to digits > 0 on limbs. When one operand lies wholly below the other's
+// digits and at least three places below the rounding position, only its sign matters: it
+// stands for a sticky amount below the other scaled to digits + 3 places. Digit counts
+// bounded from bit lengths suffice to see that (a near miss takes the exact path).
+ALGEB AddLimbs(const FloatNode* a, const FloatNode* b, bool subtract, int digits) {
+  bool negA = a->size < 0, negB = (b->size < 0) != subtract;
+  const mp_limb_t* pa = a->limbs;
+  const mp_limb_t* pb = b->limbs;
+  mp_size_t la = negA ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
+  int64_t ea = a->exponent, eb = b->exponent;
+  // with exponents this close the exact sum costs about as much as the test
+  int passes = ea - eb > digits + 40 || eb - ea > digits + 40 ? 2 : 0;
+  for (int pass = 0; pass < passes; ++pass) {
+    int64_t t = std::min<int64_t>(ea, ea + DigitsAtLeast(pa, la) - digits - 3);
+    if (eb + DigitsAtMost(pb, lb) <= t) {
+      LimbBuffer buf(LimbsFor(la, ea - t));
+      mp_size_t n = ScaleByPow10(buf.get(), pa, la, ea - t);
+      if (negA != negB) mpn_sub_1(buf.get(), buf.get(), n, 1);
+      return RoundLimbs(negA, buf.get(), n, t, digits, true);
+    }
+    std::swap(negA, negB);
+    std::swap(pa, pb);
+    std::swap(la, lb);
+    std::swap(ea, eb);
+  }
+  // exact sum at the lower exponent: the operand with the higher one is scaled
+  if (ea < eb) {
+    std::swap(negA, negB);
+    std::swap(pa, pb);
+    std::swap(la, lb);
+    std::swap(ea, eb);
+  }
+  LimbBuffer scaled(ea == eb ? 0 : LimbsFor(la, ea - eb));
+  const mp_limb_t* x = pa;
+  mp_size_t lx = la;
+  if (ea != eb) {
+    lx = ScaleByPow10(scaled.get(), pa, la, ea - eb);
+    x = scaled.get();
+  }
+  const mp_limb_t* y = pb;
+  mp_size_t ly = lb;
+  bool negX = negA, negY = negB;
+  if (lx < ly || (lx == ly && mpn_cmp(x, y, lx) < 0)) {
+    std::swap(negX, negY);
+    LimbBuffer sum(static_cast<size_t>(ly) + 1);
+    mp_limb_t* r = sum.get();
+    if (negX == negY)
+      r[ly] = mpn_add(r, y, ly, x, lx);
+    else
+      r[ly] = mpn_sub(r, y, ly, x, lx);
+    return RoundLimbs(negX, r, ly + 1, eb, digits, false);
+  }
+  LimbBuffer sum(static_cast<size_t>(lx) + 1);
+  mp_limb_t* r = sum.get();
+  if (negX == negY)
+    r[lx] = mpn_add(r, x, lx, y, ly);
+  else
+    r[lx] = mpn_sub(r, x, lx, y, ly);
+  return RoundLimbs(negX, r, lx + 1, eb, digits, false);
+}
+
 }  // namespace
 
 ALGEB AddFinite(const FloatNode* a, const FloatNode* b, bool subtract, int digits) {
@@ -379,12 +748,19 @@ ALGEB AddFinite(const FloatNode* a, const FloatNode* b, bool subtract, int digit
       std::swap(ea, eb);
     }
     int64_t d = ea - eb;
+    if (d == 0) {  // |ma + mb| < 2 10^18: no rounding when below 10^digits
+      int64_t s = ma + mb;
+      uint64_t u = s < 0 ? 0 - static_cast<uint64_t>(s) : static_cast<uint64_t>(s);
+      if (u < kPow10[digits]) return FinishSmall(s < 0, u, eb);
+      return RoundSmall(s < 0, u, eb, digits);
+    }
     if (d <= 19) {
       __int128 s = static_cast<__int128>(ma) * static_cast<__int128>(kPow10[d]) + mb;
       bool neg = s < 0;
       return RoundSmall(neg, static_cast<u128>(neg ? -s : s), eb, digits);
     }
   }
+  if (digits > 0) return AddLimbs(a, b, subtract, digits);
   mpz_t m, ma, mb, nb;
   mpz_init(m);
   MantissaView(ma, a);
@@ -408,17 +784,77 @@ ALGEB MulFinite(const FloatNode* a, const FloatNode* b, int digits) {
     u128 p = static_cast<u128>(a->limbs[0]) * b->limbs[0];
     return RoundSmall((a->size < 0) != (b->size < 0), p, a->exponent + b->exponent, digits);
   }
-  mpz_t ma, mb;
-  mpz_t& m = gProduct.v;
-  MantissaView(ma, a);
-  MantissaView(mb, b);
-  mpz_mul(m, ma, mb);
-  return RoundToNode(m, a->exponent + b->exponent, digits);
+  mp_size_t la = a->size < 0 ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
+  const mp_limb_t* pa = a->limbs;
+  const mp_limb_t* pb = b->limbs;
+  LimbBuffer product(static_cast<size_t>(la + lb));
+  if (pa == pb)
+    mpn_sqr(product.get(), pa, la);
+  else if (la >= lb)
+    mpn_mul(product.get(), pa, la, pb, lb);
+  else
+    mpn_mul(product.get(), pb, lb, pa, la);
+  return RoundLimbs((a->size < 0) != (b->size < 0), product.get(), la + lb,
+                    a->exponent + b->exponent, digits, false);
 }
+
+namespace {
+
+// The quotient rounded to digits > 0: q = floor(|a| 10^k / |b|) with k chosen so that q has
+// `digits` or digits + 1 digits. With digits + 1 it is rounded with the remainder as sticky;
+// with exactly `digits`, twice the remainder against |b| decides.
+ALGEB DivLimbs(const FloatNode* a, const FloatNode* b, int digits) {
+  bool negative = (a->size < 0) != (b->size < 0);
+  mp_size_t la = a->size < 0 ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
+  const mp_limb_t* pb = b->limbs;
+  int64_t k = digits + LimbDigits(pb, lb) - LimbDigits(a->limbs, la);
+  if (k < 0) k = 0;  // a has many more digits: q has more than digits + 1, still rounded below
+  LimbBuffer numerator(LimbsFor(la, k));
+  mp_limb_t* num = numerator.get();
+  mp_size_t nn = ScaleByPow10(num, a->limbs, la, k);
+  LimbBuffer quotient(static_cast<size_t>(nn - lb + 2)), remainder(static_cast<size_t>(lb));
+  mp_limb_t* q = quotient.get();
+  mp_limb_t* r = remainder.get();
+  mpn_tdiv_qr(q, r, 0, num, nn, pb, lb);
+  mp_size_t qn = Normalized(q, nn - lb + 1);
+  bool inexact = Normalized(r, lb) != 0;
+  int64_t e = a->exponent - b->exponent - k;
+  if (LimbDigits(q, qn) > digits) return RoundLimbs(negative, q, qn, e, digits, inexact);
+  if (inexact) {
+    int c = mpn_lshift(r, r, lb, 1) != 0 ? 1 : mpn_cmp(r, pb, lb);
+    if (c > 0 || (c == 0 && (q[0] & 1))) {
+      mp_limb_t carry = mpn_add_1(q, q, qn, 1);
+      if (carry != 0) q[qn++] = carry;
+    }
+  }
+  return FinishLimbs(negative, q, qn, e);
+}
+
+}  // namespace
 
 ALGEB DivFinite(const FloatNode* a, const FloatNode* b, int digits) {
   if (a->size == 0) return SpecialFloatNode(kFinite);
   bool negative = (a->size < 0) != (b->size < 0);
+  if (digits > 0 && digits <= kSmallDigits && IsSmall(a) && IsSmall(b)) {
+    // q = floor(a 10^k / b) with digits or digits + 1 digits, as in DivLimbs; below
+    // 10^19 < 2^64, so one hardware division gives it and the remainder
+    uint64_t ua = a->limbs[0], ub = b->limbs[0];
+    int k = digits + DigitsU64(ub) - DigitsU64(ua);
+    if (k >= 0 && k <= 19) {
+      uint64_t r, q = DivRem128(static_cast<u128>(ua) * kPow10[k], ub, &r);
+      int64_t e = a->exponent - b->exponent - k;
+      bool up;
+      if (q >= kPow10[digits]) {
+        uint64_t last = q % 10;
+        q /= 10;
+        ++e;
+        up = last > 5 || (last == 5 && (r != 0 || (q & 1)));
+      } else {
+        up = r != 0 && (2 * r > ub || (2 * r == ub && (q & 1)));
+      }
+      return FinishSmall(negative, q + up, e);
+    }
+  }
   if (digits <= kSmallDigits && IsSmall(a) && IsSmall(b)) {
     // q = a * 10^k / b with at least digits + 2 digits, plus a sticky digit
     uint64_t ua = a->limbs[0], ub = b->limbs[0];
@@ -432,6 +868,7 @@ ALGEB DivFinite(const FloatNode* a, const FloatNode* b, int digits) {
       return RoundSmall(negative, q, a->exponent - b->exponent - k - 1, digits);
     }
   }
+  if (digits > 0) return DivLimbs(a, b, digits);
   mpz_t q, r, ma, mb;
   mpz_init(q);
   mpz_init(r);

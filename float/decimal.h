@@ -19,6 +19,11 @@ int64_t DecimalDigits(const mpz_t a);  // of |a|; 1 for zero
 // Rounds m * 10^e (m is consumed) to a canonical node.
 ALGEB RoundToNode(mpz_t m, int64_t e, int digits);
 
+// The double's exact binary value rounded to digits (0: exact); specials included.
+ALGEB DoubleToNode(double x, int digits);
+// The shortest decimal that reads back as the double, exactly; specials included.
+ALGEB ShortestDoubleToNode(double x);
+
 ALGEB AddFinite(const FloatNode* a, const FloatNode* b, bool subtract, int digits);
 ALGEB MulFinite(const FloatNode* a, const FloatNode* b, int digits);
 ALGEB DivFinite(const FloatNode* a, const FloatNode* b, int digits);  // b != 0

@@ -56,36 +56,8 @@ ALGEB FromUnsigned(unsigned long long v, int digits) {
   return r;
 }
 
-// A double m * 2^e is m * 5^-e * 10^e when e < 0: exact in decimal.
 ALGEB FromDouble(double x, int digits) {
-  if (std::isnan(x)) return SpecialFloatNode(kUndefined);
-  if (std::isinf(x)) return SpecialFloatNode(x > 0 ? kPlusInfinity : kMinusInfinity);
-  if (x == 0) return SpecialFloatNode(kFinite);
-  int e2;
-  double f = std::frexp(x, &e2);  // x = f * 2^e2, 0.5 <= |f| < 1
-  long long m = static_cast<long long>(std::ldexp(f, 53));
-  e2 -= 53;
-  while (m % 2 == 0) {
-    m /= 2;
-    ++e2;
-  }
-  mpz_t z;
-  mpz_init(z);
-  mpz_set_si(z, static_cast<long>(m));
-  int64_t e10 = 0;
-  if (e2 >= 0) {
-    mpz_mul_2exp(z, z, static_cast<unsigned long>(e2));
-  } else {
-    mpz_t p;
-    mpz_init(p);
-    mpz_ui_pow_ui(p, 5, static_cast<unsigned long>(-e2));
-    mpz_mul(z, z, p);
-    mpz_clear(p);
-    e10 = e2;
-  }
-  ALGEB r = RoundToNode(z, e10, digits);
-  mpz_clear(z);
-  return r;
+  return DoubleToNode(x, digits);
 }
 
 inline const FloatNode* N(const VexaFloat& x) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <unordered_map>
 
+#include "float/decimal.h"
 #include "float/float_node.h"
 #include "host/nodes.h"
 
@@ -399,12 +400,7 @@ double FloatToDouble(const VexaFloat& x) {
 }
 
 ALGEB NewFloatFromDouble(double x) {
-  if (std::isnan(x)) return VexaFloatUndefined().Handle();
-  if (std::isinf(x)) return VexaFloatInfinity(x > 0 ? 1 : -1).Handle();
-  char buf[40];
-  auto r = std::to_chars(buf, buf + sizeof buf - 1, x);  // the shortest that reads back
-  *r.ptr = 0;
-  return VexaFloatFromString(buf).Handle();
+  return ShortestDoubleToNode(x);
 }
 
 double Evalhf(ALGEB e) {

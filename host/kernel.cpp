@@ -9,6 +9,7 @@
 #include <new>
 
 #include "float/float_node.h"
+#include "host/node_pool.h"
 #include "host/nodes.h"
 
 namespace vexa {
@@ -103,7 +104,7 @@ ALGEB AsArgs(ALGEB args) {
 Kernel* GetKernel() {
   static Kernel* kernel = nullptr;
   if (kernel == nullptr) {
-    GC_INIT();
+    InitCollector();
     GC_set_warn_proc(IgnoreCollectorWarning);
     mp_set_memory_functions(GmpAllocate, GmpReallocate, GmpFree);
     __flint_set_memory_functions(GmpAllocate, FlintZeroAllocate, FlintReallocate, std::free);

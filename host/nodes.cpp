@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "float/float_node.h"
+#include "host/node_pool.h"
 
 namespace vexa {
 
@@ -20,7 +21,7 @@ void* AllocScanned(size_t bytes) {
 
 void* AllocAtomic(size_t bytes) {
   GetKernel();
-  void* p = GC_MALLOC_ATOMIC(bytes);
+  void* p = AllocAtomicPooled(bytes);
   if (p == nullptr) Raise("out of memory");
   return p;
 }

@@ -84,7 +84,30 @@ TEST(Collector, ProtectedValuesSurviveTenMillionTemporaries) {
   for (int i = 0; i < kProtected; ++i) collected += linkBlock[i] == nullptr;
   // conservative collection may keep a few; nearly all must go
   EXPECT_GT(collected, kProtected * 9 / 10);
+  // the few lists still kept must not clear their links in freed memory later
+  for (int i = 0; i < kProtected; ++i) GC_unregister_disappearing_link(&linkBlock[i]);
   GC_FREE(linkBlock);
+}
+
+// Floats of every pooled size, held only by the vector's scanned memory, keep their values
+// while temporaries of the same sizes are made and collected around them.
+TEST(Collector, PooledNodesAreNeverHandedOutTwice) {
+  std::vector<VexaFloat> held;
+  std::vector<std::string> texts;
+  for (int digits : {10, 30, 60, 100, 200}) {
+    VexaDigitsScope scope(digits);
+    for (int i = 1; i <= 2000; ++i) {
+      held.push_back(VexaFloat(i) / VexaFloat(7));
+      texts.push_back(VexaFloatToString(held.back()));
+    }
+  }
+  for (int round = 0; round < 5; ++round) {
+    VexaDigitsScope scope(10 + 40 * round);
+    VexaFloat t = VexaFloatFromString("1.5");
+    for (int i = 0; i < 200000; ++i) t = t * VexaFloatFromString("1.0000001") + t;
+    GC_gcollect();
+  }
+  for (size_t i = 0; i < held.size(); ++i) ASSERT_EQ(VexaFloatToString(held[i]), texts[i]) << i;
 }
 
 TEST(Collector, AllocationThroughTheHost) {

@@ -2,6 +2,11 @@
 // float test, printing, arithmetic and evaluation.
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <random>
+
 #include "host/kernel.h"
 #include "host/nodes.h"
 #include "tests/host/support.h"
@@ -128,6 +133,21 @@ TEST_F(HostTest, BuildersAndReaders) {
   EXPECT_EQ(P(ToVexaFloat(kv, 0.1)), "0.1");
   EXPECT_EQ(P(ToVexaFloat(kv, -2.5e-300)), "-2.5e-300");
   EXPECT_EQ(VexaEvalhf(kv, ToVexaFloat(kv, 0.1)), 0.1);
+  EXPECT_EQ(P(ToVexaFloat(kv, 100.0)), "100.");
+  EXPECT_EQ(P(ToVexaFloat(kv, 1e22)), "1e22");
+  EXPECT_EQ(P(ToVexaFloat(kv, 5e-324)), "5e-324");
+  EXPECT_EQ(P(ToVexaFloat(kv, -1.7976931348623157e308)), "-1.7976931348623157e308");
+  // the shortest decimal that reads back, for doubles of every exponent
+  std::mt19937_64 bits(7);
+  for (int i = 0; i < 2000; ++i) {
+    uint64_t b = bits();
+    double x;
+    std::memcpy(&x, &b, sizeof x);
+    if (!std::isfinite(x)) continue;
+    char text[40];
+    *std::to_chars(text, text + sizeof text - 1, x).ptr = 0;
+    ASSERT_TRUE(VexaFloat(ToVexaFloat(kv, x)) == VexaFloatFromString(text)) << text;
+  }
   EXPECT_EQ(P(ToVexaComplex(kv, 1.5, -2)), "1.5 - 2.*I");
   EXPECT_EQ(P(ToVexaComplexFloat(kv, F("1."), F("3."))), "1. + 3.*I");
   EXPECT_TRUE(IsVexaNULL(kv, ToVexaNULL(kv)));
