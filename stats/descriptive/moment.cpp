@@ -3,13 +3,25 @@
 // count or by the total weight.
 #include "descriptive/descriptive.h"
 
+namespace {
+
+// d^k for the order k (also given as a float). The first two orders are one exact or one
+// correctly rounded operation, the same value pow gives, without its cost.
+VexaFloat Power(const VexaFloat& d, int k, const VexaFloat& order) {
+  if (k == 1) return d;
+  if (k == 2) return d * d;
+  return pow(d, order);
+}
+
+}  // namespace
+
 void STATS_SimpleMoment_MP(VexaFloat* out, VexaFloat* data, int n, int* orders, int m,
                            VexaFloat origin) {
   const VexaFloat count(static_cast<double>(n));
   for (int j = 0; j < m; ++j) {
     const VexaFloat order(static_cast<double>(orders[j]));
     VexaFloat sum;
-    for (int i = 0; i < n; ++i) sum += pow(data[i] - origin, order);
+    for (int i = 0; i < n; ++i) sum += Power(data[i] - origin, orders[j], order);
     out[j] = sum / count;
   }
 }
@@ -22,7 +34,7 @@ void STATS_WeightedMoment_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights
     VexaFloat sum;
     for (int i = 0; i < n; ++i) {
       if (j == 0) total += weights[i];
-      sum += weights[i] * pow(data[i] - origin, order);
+      sum += weights[i] * Power(data[i] - origin, orders[j], order);
     }
     out[j] = sum / total;
   }
