@@ -143,6 +143,54 @@ TEST(TrimmedMean, SimpleFormsMatchTheirDefinitionsOnRandomData) {
   EXPECT_GT(compared, 10);
 }
 
+// Weighted cuts against unit cells: with integer weights each datum is w cells of weight 1,
+// and the trimmed mean is the integral of the quantile function over [a, b] = [lower W,
+// upper W] divided by b - a; winsorized, the parts below a and above b take the values of the
+// first and last cells that reach into [a, b].
+TEST(TrimmedMean, WeightedFormsMatchUnitCellsOnRandomData) {
+  VexaDigitsScope digits(40);
+  std::mt19937 rng(29);
+  std::uniform_int_distribution<int> percent(0, 100), weight(0, 4);
+  for (int trial = 0; trial < 100; ++trial) {
+    const int n = 1 + trial % 13;
+    int pl = percent(rng), pu = percent(rng);
+    if (pl > pu) std::swap(pl, pu);
+    std::vector<VexaFloat> x = RandomData(rng, n), w(n), cells;
+    for (int i = 0; i < n; ++i) w[i] = VexaFloat(i == 0 ? 1 + weight(rng) : weight(rng));
+    std::vector<std::pair<VexaFloat, int>> sorted;
+    for (int i = 0; i < n; ++i) sorted.push_back({x[i], FloatToInt(w[i])});
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& p, const auto& q) { return p.first < q.first; });
+    for (const auto& p : sorted) cells.insert(cells.end(), p.second, p.first);
+    const VexaFloat total(static_cast<int>(cells.size()));
+    const VexaFloat lower = VexaFloat(pl) / VexaFloat(100), upper = VexaFloat(pu) / VexaFloat(100);
+    const VexaFloat a = lower * total, b = upper * total;
+    VexaFloat integral, first, last;
+    bool reached = false;
+    for (size_t j = 0; j < cells.size(); ++j) {
+      const VexaFloat lo = VexaFloat(static_cast<int>(j)), hi = lo + VexaFloat(1);
+      const VexaFloat from = lo > a ? lo : a, to = hi < b ? hi : b;
+      if (!(to > from)) continue;
+      integral += cells[j] * (to - from);
+      if (!reached) first = cells[j];
+      reached = true;
+      last = cells[j];
+    }
+    std::vector<VexaFloat> x1 = x, w1 = w, x2 = x, w2 = w;
+    const VexaFloat t =
+        STATS_TrimmedMean_MP(Kv(), x1.data(), w1.data(), n, lower, upper, STATS_MEAN_ARITHMETIC_MP);
+    const VexaFloat m = STATS_WinsorizedMean_MP(Kv(), x2.data(), w2.data(), n, lower, upper,
+                                                STATS_MEAN_ARITHMETIC_MP);
+    const std::string where = "trial " + std::to_string(trial);
+    if (!reached) {
+      EXPECT_TRUE(IsVexaFloatUndefined(t) && IsVexaFloatUndefined(m)) << where;
+      continue;
+    }
+    EXPECT_EQ(Text(t), Text(integral / (b - a))) << where;
+    EXPECT_EQ(Text(m), Text((integral + a * first + (total - b) * last) / total)) << where;
+  }
+}
+
 TEST(TrimmedMean, CutPointsAndBoundaryWeights) {
   VexaDigitsScope digits(10);
   auto trimmed = [](ALGEB (*entry)(VexaKernelVector, ALGEB), ALGEB data, const char* lo,
