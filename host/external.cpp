@@ -264,6 +264,24 @@ M_INT VexaListLength(VexaKernelVector, ALGEB list) {
   return static_cast<M_INT>(AsSeq(list)->count);
 }
 
+M_BOOL IsVexaRange(VexaKernelVector, ALGEB e) {
+  return B(IsNode(e) && TypeOf(e) == kRangeNode);
+}
+ALGEB VexaRangeLow(VexaKernelVector kv, ALGEB range) {
+  if (!IsVexaRange(kv, range)) RaiseExpected("a range", range);
+  return Op(range, 1);
+}
+ALGEB VexaRangeHigh(VexaKernelVector kv, ALGEB range) {
+  if (!IsVexaRange(kv, range)) RaiseExpected("a range", range);
+  return Op(range, 2);
+}
+ALGEB ToVexaRange(VexaKernelVector, ALGEB lo, ALGEB hi) {
+  return NewRange(lo, hi);
+}
+ALGEB ToVexaEquation(VexaKernelVector, ALGEB lhs, ALGEB rhs) {
+  return NewEquation(lhs, rhs);
+}
+
 ALGEB VexaTableAlloc(VexaKernelVector) {
   return NewTable();
 }

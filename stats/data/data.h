@@ -131,4 +131,35 @@ typedef int (*STATS_Comparator_MP)(const char*, const char*);
 // The comparator for an rtable data type; null for the complex types and unknown codes.
 STATS_Comparator_MP STATS_NumericComparator_MP(int datatype);
 
+// ---- Tallies and counts ----
+
+// Bins: S ranges of K bins each; range j has the ascending boundaries bounds[j (K + 1) ..
+// j (K + 1) + K] and bin i of it holds b_i <= x < b_(i+1), the last bin also x = b_K. A value
+// outside every range, or undefined, is counted nowhere; ranges may overlap.
+
+// The bin i with bounds[i] <= x < bounds[i + 1], by bisection; the caller keeps
+// bounds[0] <= x < bounds[K].
+int STATS_TallyIntoFindBin_MP(VexaFloat* bounds, int K, VexaFloat x);
+// counts[j K + i]: the number of data in bin i of range j.
+void STATS_SimpleTallyInto_MP(int* counts, VexaFloat* data, int n, VexaFloat* bounds, int S, int K);
+// sums[j K + i]: the total weight of the data in bin i of range j.
+void STATS_WeightedTallyInto_MP(VexaFloat* sums, VexaFloat* data, VexaFloat* weights, int n,
+                                VexaFloat* bounds, int S, int K);
+
+extern "C" {
+// (data, weights, ignore, [lo..hi, ...], K): [(b_i .. b_(i+1)) = count, ...] in order of
+// ranges and bins; counts are integers, or weight sums when weighted.
+ALGEB STATS_VexaTallyInto_MP(VexaKernelVector kv, ALGEB args);
+// (data, weights, ignore, lo..hi, K): [lower boundaries, upper boundaries, counts], three
+// sfloat Arrays 1 .. K.
+ALGEB STATS_VexaFrequencyData_MP(VexaKernelVector kv, ALGEB args);
+// (data, weights, ignore): the number of data (weighted: their total weight); with ignore = 1
+// only the defined ones.
+ALGEB STATS_VexaCount_MP(VexaKernelVector kv, ALGEB args);
+// (data, weights): the number of undefined data (weighted: the defined weights they carry).
+ALGEB STATS_VexaCountMissing_MP(VexaKernelVector kv, ALGEB args);
+// (data): a new sfloat Array of the data as host floats, with the source's lower bound.
+ALGEB STATS_VexaEvaluateToFloat_MP(VexaKernelVector kv, ALGEB args);
+}
+
 #endif

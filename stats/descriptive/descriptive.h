@@ -1,6 +1,7 @@
 // Descriptive statistics: sample quantiles under eight interpolation methods (simple and
-// weighted), order statistics, medians and the five-point summary, with their host entry
-// points. Workers rearrange the data array they are given.
+// weighted), order statistics, medians and the five-point summary; means of four kinds (also
+// trimmed and winsorized), moments, expected values and deviations; with their host entry
+// points. Order-based workers rearrange the data array they are given.
 #ifndef STATS_DESCRIPTIVE_DESCRIPTIVE_H
 #define STATS_DESCRIPTIVE_DESCRIPTIVE_H
 
@@ -46,6 +47,65 @@ void STATS_SimpleOrderStatistic_MP(VexaFloat* out, VexaFloat* data, int* ranks, 
 VexaFloat STATS_SimpleMedian_MP(VexaFloat* data, int n);
 VexaFloat STATS_Median_MP(VexaFloat* data, VexaFloat* weights, int n);
 
+// Kinds of mean. Every value other than 1, 2 and 3 means arithmetic.
+enum STATS_MEAN_TYPE_MP : int32_t {
+  STATS_MEAN_ARITHMETIC_MP = 0,  // sum x / n
+  STATS_MEAN_GEOMETRIC_MP = 1,   // exp(sum log x / n)
+  STATS_MEAN_HARMONIC_MP = 2,    // n / sum (1 / x)
+  STATS_MEAN_QUADRATIC_MP = 3,   // sqrt(sum x^2 / n)
+};
+
+// Means of data[0..n-1]; weighted when weights is not null (weights in place of the count).
+// Nothing is checked: no data, a zero total weight or data outside the kind's domain give
+// the float's own undefined or infinite results. kv is used only to raise errors.
+VexaFloat STATS_Mean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights, int n,
+                        STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_SimpleMean_MP(VexaKernelVector kv, VexaFloat* data, int n, STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_WeightedMean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights, int n,
+                                STATS_MEAN_TYPE_MP type);
+
+// Means of the data between the fractions lower <= upper of [0, 1]. Simple: cut points
+// lo = [n lower + 1/2], hi = [n upper + 1/2] (truncated); the order statistics lo .. hi - 1 are
+// kept when lo + hi = n, lo .. hi - 2 otherwise. Winsorized: the cut data take the value of
+// the nearest kept one. Weighted: cut by cumulative weight over the sorted data, the element
+// at each cut keeping the part of its weight inside. Undefined when nothing is kept. The
+// data (and weights) are reordered; the winsorized forms overwrite them.
+VexaFloat STATS_TrimmedMean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights, int n,
+                               VexaFloat lower, VexaFloat upper, STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_SimpleTrimmedMean_MP(VexaKernelVector kv, VexaFloat* data, int n, VexaFloat lower,
+                                     VexaFloat upper, STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_WeightedTrimmedMean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights,
+                                       int n, VexaFloat lower, VexaFloat upper,
+                                       STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_WinsorizedMean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights, int n,
+                                  VexaFloat lower, VexaFloat upper, STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_SimpleWinsorizedMean_MP(VexaKernelVector kv, VexaFloat* data, int n,
+                                        VexaFloat lower, VexaFloat upper, STATS_MEAN_TYPE_MP type);
+VexaFloat STATS_WeightedWinsorizedMean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights,
+                                          int n, VexaFloat lower, VexaFloat upper,
+                                          STATS_MEAN_TYPE_MP type);
+
+// m raw moments sum (x - origin)^orders[j] / n (weighted: sum w (x - origin)^k / sum w).
+void STATS_Moment_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights, int n, int* orders, int m,
+                     VexaFloat origin);
+void STATS_SimpleMoment_MP(VexaFloat* out, VexaFloat* data, int n, int* orders, int m,
+                           VexaFloat origin);
+void STATS_WeightedMoment_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights, int n,
+                             int* orders, int m, VexaFloat origin);
+
+// sum f(x) / n (weighted: sum w f(x) / sum w).
+VexaFloat STATS_ExpectedValue_MP(VexaFloat (*f)(VexaFloat), VexaFloat* data, VexaFloat* weights,
+                                 int n);
+VexaFloat STATS_SimpleExpectedValue_MP(VexaFloat (*f)(VexaFloat), VexaFloat* data, int n);
+VexaFloat STATS_WeightedExpectedValue_MP(VexaFloat (*f)(VexaFloat), VexaFloat* data,
+                                         VexaFloat* weights, int n);
+
+// sum |x - centre| / n (weighted: sum w |x - centre| / sum w).
+VexaFloat STATS_AbsoluteDeviation_MP(VexaFloat* data, VexaFloat* weights, int n, VexaFloat centre);
+VexaFloat STATS_SimpleAbsoluteDeviation_MP(VexaFloat* data, int n, VexaFloat centre);
+VexaFloat STATS_WeightedAbsoluteDeviation_MP(VexaFloat* data, VexaFloat* weights, int n,
+                                             VexaFloat centre);
+
 extern "C" {
 // (data, probability or list, weights, ignore, method, in place)
 ALGEB STATS_VexaQuantile_MP(VexaKernelVector kv, ALGEB args);
@@ -55,6 +115,19 @@ ALGEB STATS_VexaOrderStatistic_MP(VexaKernelVector kv, ALGEB args);
 ALGEB STATS_VexaMedian_MP(VexaKernelVector kv, ALGEB args);
 // (data, ignore): Array(1 .. 5) of minimum, lower hinge, median, upper hinge, maximum.
 ALGEB STATS_VexaFivePointSummary_MP(VexaKernelVector kv, ALGEB args);
+// (data, weights, ignore, mean type)
+ALGEB STATS_VexaMean_MP(VexaKernelVector kv, ALGEB args);
+// (data, lower percentile, upper percentile, weights, ignore, mean type)
+ALGEB STATS_VexaTrimmedMean_MP(VexaKernelVector kv, ALGEB args);
+ALGEB STATS_VexaWinsorizedMean_MP(VexaKernelVector kv, ALGEB args);
+// (data, order or list of orders, origin, weights, ignore)
+ALGEB STATS_VexaMoment_MP(VexaKernelVector kv, ALGEB args);
+// (procedure, data, weights, ignore)
+ALGEB STATS_VexaExpectedValue_MP(VexaKernelVector kv, ALGEB args);
+// (data, centre, weights, ignore)
+ALGEB STATS_VexaAbsoluteDeviation_MP(VexaKernelVector kv, ALGEB args);
+// (data, weights, ignore): the median of the absolute deviations from the median.
+ALGEB STATS_VexaMedianDeviation_MP(VexaKernelVector kv, ALGEB args);
 }
 
 #endif

@@ -1,7 +1,9 @@
-// Host entry points of the order statistics: quantiles, order statistics by rank, the median
-// and the five-point summary. The data are copied into scratch arrays unless the caller
-// allows work in place (and then only its own rtables are reordered); an array the library
-// converted is its own and is worked on directly.
+// Host entry points of the descriptive statistics: quantiles, order statistics by rank, the
+// median, the five-point summary, means, moments, expected values and deviations. Data that
+// a statistic reorders are copied into scratch arrays unless the caller allows work in place
+// (and then only its own rtables are reordered); an array the library converted is its own
+// and is worked on directly. Statistics that only read the data copy them only to drop
+// missing values.
 #include <vector>
 
 #include "data/data.h"
@@ -47,6 +49,50 @@ Prepared Prepare(VexaKernelVector kv, const STATS_VexaDataSample_MP& sample, boo
   if (r.n < size)
     VexaUserInfo(kv, 1, "Statistics", "missing data has been detected in the dataset, discarded.");
   return r;
+}
+
+// The sample's values for reading only: its own arrays, or without the missing values.
+Prepared Gather(VexaKernelVector kv, const STATS_VexaDataSample_MP& sample, bool ignore) {
+  if (ignore) return Prepare(kv, sample, true, false);
+  Prepared r;
+  r.points = sample.points();
+  r.weights = sample.weights();
+  r.n = sample.size();
+  return r;
+}
+
+// A percentile argument, checked to lie in [0, 100].
+VexaFloat Percentile(const STATS_VexaEntry_MP& entry, int i, const char* message) {
+  const VexaFloat p = entry.Float(i);
+  if (!(p >= 0 && p <= 100)) VexaRaiseError1(entry.Kernel(), message, entry.Arg(i));
+  return p;
+}
+
+using TrimWorker = VexaFloat (*)(VexaKernelVector, VexaFloat*, VexaFloat*, int, VexaFloat,
+                                 VexaFloat, STATS_MEAN_TYPE_MP);
+
+// (data, lower percentile, upper percentile, weights, ignore, mean type), always on a copy.
+ALGEB TrimmedEntry(VexaKernelVector kv, ALGEB args, const char* name, TrimWorker worker) {
+  STATS_VexaEntry_MP entry(kv, args, name, 6, STATS_VexaEntry_MP::ShortArityMessage(6));
+  const VexaFloat lower = Percentile(entry, 2,
+                                     "expected second argument (lower percentile) to be a "
+                                     "numeric constant between 0 and 100, received: %1");
+  const VexaFloat upper = Percentile(entry, 3,
+                                     "expected third argument (upper percentile) to be a "
+                                     "numeric constant between 0 and 100, received: %1");
+  if (lower > upper)
+    VexaRaiseError2(kv,
+                    "the value of lower percentile is expected to be smaller than the value of "
+                    "upper percentile, received: %1, %2",
+                    entry.Arg(2), entry.Arg(3));
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(4));
+  const bool ignore = Flag(entry, 5);
+  const auto type = static_cast<STATS_MEAN_TYPE_MP>(entry.Integer(6));
+  const Prepared data = Prepare(kv, sample, ignore, false);
+  // Fractions through the double nearest 0.01, not an exact hundredth.
+  const VexaFloat hundredth(0.01);
+  return entry.Result(
+      worker(kv, data.points, data.weights, data.n, lower * hundredth, upper * hundredth, type));
 }
 
 bool IsProbability(const VexaFloat& p) {
@@ -161,4 +207,76 @@ extern "C" ALGEB STATS_VexaFivePointSummary_MP(VexaKernelVector kv, ALGEB args) 
   if (fail.code != NE_NOERROR)
     VexaRaiseError1(kv, "internal error occured in a NAG routine", ToVexaNULL(kv));
   return result;
+}
+
+extern "C" ALGEB STATS_VexaMean_MP(VexaKernelVector kv, ALGEB args) {
+  STATS_VexaEntry_MP entry(kv, args, "VexaMean", 4, STATS_VexaEntry_MP::ShortArityMessage(4));
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(2));
+  const bool ignore = Flag(entry, 3);
+  const auto type = static_cast<STATS_MEAN_TYPE_MP>(entry.Integer(4));
+  const Prepared data = Gather(kv, sample, ignore);
+  return entry.Result(STATS_Mean_MP(kv, data.points, data.weights, data.n, type));
+}
+
+extern "C" ALGEB STATS_VexaTrimmedMean_MP(VexaKernelVector kv, ALGEB args) {
+  return TrimmedEntry(kv, args, "VexaTrimmedMean", STATS_TrimmedMean_MP);
+}
+
+extern "C" ALGEB STATS_VexaWinsorizedMean_MP(VexaKernelVector kv, ALGEB args) {
+  return TrimmedEntry(kv, args, "VexaWinsorizedMean", STATS_WinsorizedMean_MP);
+}
+
+extern "C" ALGEB STATS_VexaMoment_MP(VexaKernelVector kv, ALGEB args) {
+  STATS_VexaEntry_MP entry(kv, args, "VexaMoment", 5);
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(4));
+  ALGEB spec = entry.Arg(2);
+  std::vector<int> orders;
+  const bool single = IsVexaInteger32(kv, spec);
+  if (single) {
+    orders.push_back(VexaToInteger32(kv, spec));  // any integer, unchecked
+  } else if (IsVexaList(kv, spec)) {
+    for (ALGEB e : Entries(kv, spec)) {
+      if (!IsVexaInteger32(kv, e) || VexaToInteger32(kv, e) < 1)
+        VexaRaiseError1(kv, "expected: list of positive integers, received %1", spec);
+      orders.push_back(VexaToInteger32(kv, e));
+    }
+  } else {
+    VexaRaiseError1(kv, kProbabilityMessage, spec);
+  }
+  const VexaFloat origin = entry.Float(3);
+  const Prepared data = Gather(kv, sample, Flag(entry, 5));
+  std::vector<VexaFloat> out(orders.size());
+  STATS_Moment_MP(out.data(), data.points, data.weights, data.n, orders.data(),
+                  static_cast<int>(orders.size()), origin);
+  return single ? entry.Result(out[0]) : ListOf(kv, out);
+}
+
+extern "C" ALGEB STATS_VexaExpectedValue_MP(VexaKernelVector kv, ALGEB args) {
+  STATS_VexaEntry_MP entry(kv, args, "VexaExpectedValue", 4);
+  ALGEB procedure = entry.Procedure(1);
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(2), entry.Arg(3));
+  const Prepared data = Gather(kv, sample, Flag(entry, 4));
+  STATS_VexaStaticProcAdapter_MP::Reset(procedure);
+  return entry.Result(STATS_ExpectedValue_MP(STATS_VexaStaticProcAdapter_MP::Call, data.points,
+                                             data.weights, data.n));
+}
+
+extern "C" ALGEB STATS_VexaAbsoluteDeviation_MP(VexaKernelVector kv, ALGEB args) {
+  STATS_VexaEntry_MP entry(kv, args, "VexaAbsoluteDeviation", 4);
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(3));
+  const VexaFloat centre = entry.Float(2);
+  const Prepared data = Gather(kv, sample, Flag(entry, 4));
+  return entry.Result(STATS_AbsoluteDeviation_MP(data.points, data.weights, data.n, centre));
+}
+
+// The medians reorder the data, so they run on a copy; the deviations overwrite it.
+extern "C" ALGEB STATS_VexaMedianDeviation_MP(VexaKernelVector kv, ALGEB args) {
+  STATS_VexaEntry_MP entry(kv, args, "VexaMedianDeviation", 3,
+                           STATS_VexaEntry_MP::ArityMessage("VexaAbsoluteDeviation", 3));
+  STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(2));
+  const Prepared data = Prepare(kv, sample, Flag(entry, 3), false);
+  if (data.n == 0) return entry.Result(VexaFloatUndefined());
+  const VexaFloat m = STATS_Median_MP(data.points, data.weights, data.n);
+  for (int i = 0; i < data.n; ++i) data.points[i] = fabs(data.points[i] - m);
+  return entry.Result(STATS_Median_MP(data.points, data.weights, data.n));
 }

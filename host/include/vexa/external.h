@@ -144,6 +144,12 @@ ALGEB VexaListAlloc(VexaKernelVector kv, M_INT n);  // n slots holding 0
 void VexaListAssign(VexaKernelVector kv, ALGEB list, M_INT i, ALGEB value);
 ALGEB VexaListSelect(VexaKernelVector kv, ALGEB list, M_INT i);
 M_INT VexaListLength(VexaKernelVector kv, ALGEB list);  // the number of elements
+// Ranges lo .. hi and equations lhs = rhs. The ends of a non-range raise an error.
+M_BOOL IsVexaRange(VexaKernelVector kv, ALGEB e);
+ALGEB VexaRangeLow(VexaKernelVector kv, ALGEB range);
+ALGEB VexaRangeHigh(VexaKernelVector kv, ALGEB range);
+ALGEB ToVexaRange(VexaKernelVector kv, ALGEB lo, ALGEB hi);
+ALGEB ToVexaEquation(VexaKernelVector kv, ALGEB lhs, ALGEB rhs);
 ALGEB VexaTableAlloc(VexaKernelVector kv);
 void VexaTableAssign(VexaKernelVector kv, ALGEB table, ALGEB index, ALGEB value);
 M_BOOL VexaTableHasEntry(VexaKernelVector kv, ALGEB table, ALGEB index);
