@@ -5,6 +5,7 @@
 // variates", J. Statist. Comput. Simul. 46, 1993), its final test made with log-gamma at
 // raised precision instead of the Stirling series, so that it holds at any Digits.
 #include <cmath>
+#include <memory>
 
 #include "distributions/distributions.h"
 #include "frame/frame.h"
@@ -32,21 +33,30 @@ VexaFloat Uniform() {
 // Inversion by sequential search from 0, with P(k) / P(k - 1) = (n + 1 - k) / k * p / (1 - p).
 // A draw left over when the terms can no longer lower it (their sum fell short of 1 by
 // rounding) is drawn again.
-long Inversion(long n, const VexaFloat& p) {
-  const VexaFloat s = p / (1 - p), a = (n + 1) * s, first = pow(1 - p, VexaFloat(n));
-  for (;;) {
-    VexaFloat u = Uniform(), r = first;
-    long x = 0;
-    while (u > r) {
-      const VexaFloat rest = u - r;
-      if (rest == u || x == n) break;
-      u = rest;
-      ++x;
-      r = r * (a / x - s);
+class Inversion {
+ public:
+  Inversion(long n, const VexaFloat& p)
+      : m_n(n), m_s(p / (1 - p)), m_a((n + 1) * m_s), m_first(pow(1 - p, VexaFloat(n))) {}
+
+  long Next() const {
+    for (;;) {
+      VexaFloat u = Uniform(), r = m_first;
+      long x = 0;
+      while (u > r) {
+        const VexaFloat rest = u - r;
+        if (rest == u || x == m_n) break;
+        u = rest;
+        ++x;
+        r = r * (m_a / x - m_s);
+      }
+      if (u <= r) return x;
     }
-    if (u <= r) return x;
   }
-}
+
+ private:
+  long m_n;
+  VexaFloat m_s, m_a, m_first;
+};
 
 // The decimal constants of BTRD, exact at any Digits.
 struct BtrdConstants {
@@ -80,29 +90,30 @@ class Btrd {
     m_alpha = (m_const.alpha0 + m_const.alpha1 / m_b) * sq;
     m_vr = m_const.v0 - m_const.v1 / m_b;
     m_urvr = m_const.ur * m_vr;
+    m_twoA = 2 * m_a;
+    m_inverseVr = 1 / m_vr;
   }
 
-  long Next() {
+  // The variate as an integral float.
+  VexaFloat Next() {
     for (;;) {
       VexaFloat v = Uniform(), u;
       if (v <= m_urvr) {  // the central box: accepted at once
-        u = v / m_vr - m_const.box;
-        return STATS_DoubleToInteger_MP(
-            floor((2 * m_a / (m_const.half - fabs(u)) + m_b) * u + m_c));
+        u = v * m_inverseVr - m_const.box;
+        return floor((m_twoA / (m_const.half - fabs(u)) + m_b) * u + m_c);
       }
       if (v >= m_vr) {
         u = Uniform() - m_const.half;
       } else {
-        u = v / m_vr - m_const.sliver;
+        u = v * m_inverseVr - m_const.sliver;
         u = Sign(m_const.half, u) - u;
         v = Uniform() * m_vr;
       }
       const VexaFloat us = m_const.half - fabs(u);
-      const VexaFloat kf = floor((2 * m_a / us + m_b) * u + m_c);
+      const VexaFloat kf = floor((m_twoA / us + m_b) * u + m_c);
       if (kf < 0 || kf > VexaFloat(m_n)) continue;
-      const long x = STATS_DoubleToInteger_MP(kf);
       v = v * m_alpha / (m_a / (us * us) + m_b);
-      if (Accept(x, v)) return x;
+      if (Accept(STATS_DoubleToInteger_MP(kf), v)) return kf;
     }
   }
 
@@ -147,14 +158,46 @@ class Btrd {
 
   long m_n, m_m;
   const BtrdConstants& m_const;
-  VexaFloat m_p, m_r, m_nr, m_npq, m_a, m_b, m_c, m_alpha, m_vr, m_urvr;
+  VexaFloat m_p, m_r, m_nr, m_npq, m_a, m_b, m_c, m_alpha, m_vr, m_urvr, m_twoA, m_inverseVr;
 };
 
-// A binomial variate for 0 < p <= 1/2.
-long Variate(long n, const VexaFloat& p) {
-  if (n * p < 10) return Inversion(n, p);
-  return Btrd(n, p).Next();
-}
+// Binomial variates for one n and q, the setup made once: the method runs on min(q, 1 - q)
+// and the result is reflected when q > 1/2.
+class Sampler {
+ public:
+  Sampler(VexaKernelVector kv, long n, const VexaFloat& q) : m_n(n) {
+    if (n < 0)
+      VexaRaiseError1(kv, "expected a nonnegative number of trials, received %1",
+                      ToVexaInteger(kv, n));
+    if (!(q >= 0 && q <= 1))
+      VexaRaiseError1(kv, "expected a success probability between 0 and 1, received %1",
+                      STATS_DoubleToVexaFloat_MP(kv, q));
+    if (n == 0 || q == 0 || q == 1) {
+      m_constant = q == 1 ? n : 0;
+      return;
+    }
+    m_reflect = q > VexaFloat(0.5);
+    const VexaFloat p = m_reflect ? 1 - q : q;
+    if (n * p < 10)
+      m_inversion.reset(new Inversion(n, p));
+    else
+      m_btrd.reset(new Btrd(n, p));
+  }
+
+  // The variate as an integral float.
+  VexaFloat Next() {
+    if (m_constant >= 0) return VexaFloat(m_constant);
+    const VexaFloat x = m_inversion ? VexaFloat(m_inversion->Next()) : m_btrd->Next();
+    return m_reflect ? VexaFloat(m_n) - x : x;
+  }
+
+ private:
+  long m_n;
+  long m_constant = -1;  // the outcome when it is certain
+  bool m_reflect = false;
+  std::unique_ptr<Inversion> m_inversion;
+  std::unique_ptr<Btrd> m_btrd;
+};
 
 }  // namespace
 
@@ -174,19 +217,23 @@ long STATS_BinomialDeviate_MP(VexaKernelVector kv, VexaFloat p, long n, VexaFloa
 }
 
 VexaFloat STATS_BinomialRandomVariate_MP(VexaKernelVector kv, long n, VexaFloat q) {
-  if (n < 0)
-    VexaRaiseError1(kv, "expected a nonnegative number of trials, received %1",
-                    ToVexaInteger(kv, n));
-  if (!(q >= 0 && q <= 1))
-    VexaRaiseError1(kv, "expected a success probability between 0 and 1, received %1",
-                    STATS_DoubleToVexaFloat_MP(kv, q));
-  if (n == 0 || q == 0) return VexaFloat(0);
-  if (q == 1) return VexaFloat(n);
-  const VexaFloat half(0.5);
-  if (q <= half) return VexaFloat(Variate(n, q));
-  return VexaFloat(n - Variate(n, 1 - q));
+  return Sampler(kv, n, q).Next();
 }
 
 VexaFloat STATS_BinomialRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters) {
   return STATS_BinomialRandomVariate_MP(kv, STATS_DoubleToInteger_MP(parameters[0]), parameters[1]);
+}
+
+// n, trials, q: one setup for the whole sample; the draws are those of n variate calls.
+ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry) {
+  const VexaKernelVector kv = entry.Kernel();
+  const int size = entry.Integer(1);
+  const long n = STATS_DoubleToInteger_MP(entry.Float(2));
+  const VexaFloat q = entry.Float(3);
+  ALGEB out = STATS_CreateRandomSample_MP(kv, size, ToVexaNULL(kv));
+  if (size <= 0) return out;
+  Sampler sampler(kv, n, q);
+  VexaFloat* data = static_cast<VexaFloat*>(RTableDataBlock(kv, out));
+  for (int i = 0; i < size; ++i) data[i] = sampler.Next();
+  return out;
 }

@@ -191,5 +191,7 @@ class STATS_VexaEntry_MP;
 ALGEB STATS_EmpiricalDeviateEntry_MP(const STATS_VexaEntry_MP& entry);
 ALGEB STATS_EmpiricalRandomVariateEntry_MP(const STATS_VexaEntry_MP& entry);
 ALGEB STATS_EmpiricalRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+// The binomial sample entry after the arity check: its setup is made once per sample.
+ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 
 #endif

@@ -203,8 +203,10 @@ using Counts3 = VexaFloat (*)(VexaKernelVector, long, long, long);
 DIST4(Bernoulli, 2, 2, 1, 2, W(STATS_BernoulliProbability_MP), W(STATS_BernoulliDeviate_MP),
       AS(Variate1, STATS_BernoulliRandomVariate_MP))
 DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP), MISSING)
-DIST4(Binomial, 3, 3, 2, 3, W(STATS_BinomialProbability_MP), W(STATS_BinomialDeviate_MP),
-      AS(CountVariate1, STATS_BinomialRandomVariate_MP))
+ENTRY(Binomial, Probability, 3, W(STATS_BinomialProbability_MP))
+ENTRY(Binomial, Deviate, 3, W(STATS_BinomialDeviate_MP))
+ENTRY(Binomial, RandomVariate, 2, AS(CountVariate1, STATS_BinomialRandomVariate_MP))
+STATS_OWN_ENTRY(Binomial, RandomSample, 3, STATS_BinomialRandomSampleEntry_MP)
 DIST4(Cauchy, 3, 3, 2, 3, W(STATS_CauchyProbability_MP), W(STATS_CauchyDeviate_MP),
       AS(Variate2, STATS_CauchyRandomVariate_MP))
 DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),

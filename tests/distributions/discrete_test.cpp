@@ -21,6 +21,7 @@ extern "C" {
 ALGEB STATS_VexaEmpiricalDeviate_MP(VexaKernelVector kv, ALGEB args);
 ALGEB STATS_VexaEmpiricalRandomVariate_MP(VexaKernelVector kv, ALGEB args);
 ALGEB STATS_VexaEmpiricalRandomSample_MP(VexaKernelVector kv, ALGEB args);
+ALGEB STATS_VexaBinomialRandomSample_MP(VexaKernelVector kv, ALGEB args);
 }
 
 namespace {
@@ -240,10 +241,16 @@ TEST(DiscreteDistributions, BinomialVariatesFitAndRepeat) {
   ExpectFits("binomial 500 0.4 at Digits 50", draws, [](long k) {
     return STATS_BinomialProbability_MP(Kv(), VexaFloat(k), 500, F("0.4"));
   });
-  vexa::SeedRandom(77);
-  const VexaFloat a = STATS_BinomialRandomVariate_MP(Kv(), 1000000, F("0.3"));
-  vexa::SeedRandom(77);
-  EXPECT_EQ(a, STATS_BinomialRandomVariate_MP(Kv(), 1000000, F("0.3")));
+  // The sample entry, set up once, draws what as many variate calls draw.
+  for (const char* q : {"0.3", "0.999", "0.004"}) {
+    vexa::SeedRandom(77);
+    ALGEB sample = STATS_VexaBinomialRandomSample_MP(
+        Kv(), vexa::NewExpseq({vexa::NewInteger(6), vexa::NewInteger(1000000), F(q).Handle()}));
+    const VexaFloat* block = static_cast<const VexaFloat*>(RTableDataBlock(Kv(), sample));
+    vexa::SeedRandom(77);
+    for (int i = 0; i < 6; ++i)
+      EXPECT_EQ(Text(block[i]), Text(STATS_BinomialRandomVariate_MP(Kv(), 1000000, F(q)))) << q;
+  }
   EXPECT_EQ(Text(STATS_BinomialRandomVariate_MP(Kv(), 12, VexaFloat(1.0))), "12.");
   EXPECT_EQ(Text(STATS_BinomialRandomVariate_MP(Kv(), 12, VexaFloat(0.0))), "0.");
   EXPECT_EQ(ErrorOf([] { STATS_BinomialRandomVariate_MP(Kv(), 12, F("1.5")); }),
