@@ -32,12 +32,16 @@ VexaFloat Uniform() {
 }
 
 // Inversion by sequential search from 0, with P(k) / P(k - 1) = (n + 1 - k) / k * p / (1 - p).
-// A draw left over when the terms can no longer lower it (their sum fell short of 1 by
-// rounding) is drawn again.
+// A draw left over when the terms, past the mode, can no longer lower it (their sum fell short
+// of 1 by rounding) is drawn again.
 class Inversion {
  public:
   Inversion(long n, const VexaFloat& p)
-      : m_n(n), m_s(p / (1 - p)), m_a((n + 1) * m_s), m_first(pow(1 - p, VexaFloat(n))) {}
+      : m_n(n),
+        m_mode(STATS_DoubleToInteger_MP(floor((n + 1) * p))),
+        m_s(p / (1 - p)),
+        m_a((n + 1) * m_s),
+        m_first(pow(1 - p, VexaFloat(n))) {}
 
   long Next() const {
     for (;;) {
@@ -45,7 +49,7 @@ class Inversion {
       long x = 0;
       while (u > r) {
         const VexaFloat rest = u - r;
-        if (rest == u || x == m_n) break;
+        if ((rest == u && x >= m_mode) || x == m_n) break;
         u = rest;
         ++x;
         r = r * (m_a / x - m_s);
@@ -55,7 +59,7 @@ class Inversion {
   }
 
  private:
-  long m_n;
+  long m_n, m_mode;
   VexaFloat m_s, m_a, m_first;
 };
 
