@@ -49,6 +49,28 @@ def by_root(cdf, start):
     return lambda p, *params: mp.findroot(lambda x: cdf(x, *params) - p, start(*params))
 
 
+def binomial_quantile(p, n, q):
+    """The smallest k with P(X <= k) >= p, summing the masses from 0."""
+    n = int(n)
+    k, mass = 0, (1 - q) ** n
+    total = mass
+    while total < p and k < n:
+        mass *= (n - k) * q / ((k + 1) * (1 - q))
+        k += 1
+        total += mass
+    return mpf(k)
+
+
+def poisson_quantile(p, lam):
+    k, mass = 0, mp.exp(-lam)
+    total = mass
+    while total < p:
+        k += 1
+        mass *= lam / k
+        total += mass
+    return mpf(k)
+
+
 # name, function, inputs: the same cases, names and inputs as the C++ side.
 CASES = [
     ("normal.cdf(1.96)", normal_cdf, ("1.96", "0", "1")),
@@ -67,6 +89,10 @@ CASES = [
     ("t(10).quantile(0.975)", by_root(t_cdf, lambda nu: mpf(0)), ("0.975", "10")),
     ("F(5,10).cdf(2.5)", f_cdf, ("2.5", "5", "10")),
     ("F(5,10).quantile(0.95)", by_root(f_cdf, lambda nu1, nu2: nu2 / (nu2 - 2)), ("0.95", "5", "10")),
+    ("binomial(1000,0.3).quantile(0.9)", binomial_quantile, ("0.9", "1000", "0.3")),
+    ("binomial(40,0.3).quantile(0.05)", binomial_quantile, ("0.05", "40", "0.3")),
+    ("poisson(3.5).quantile(0.9)", poisson_quantile, ("0.9", "3.5")),
+    ("poisson(250).quantile(0.05)", poisson_quantile, ("0.05", "250")),
 ]
 
 

@@ -60,6 +60,18 @@ void RunOurs(benchmark::State& state, int digits, const std::string& law,
   SetExact(false);
 }
 
+// The binomial sample of 10^6 variates with 10^6 trials and success probability 0.3 (BTRD).
+void RunBinomial(benchmark::State& state, int digits) {
+  VexaDigitsScope scope(digits);
+  auto sample = [](long n) {
+    return Find("BinomialRandomSample")(
+        peers::Kernel(), vexa::NewExpseq({vexa::NewInteger(n), vexa::NewInteger(1000000),
+                                          vexa::NewFloat(VexaFloatFromString("0.3"))}));
+  };
+  for (auto _ : state) benchmark::DoNotOptimize(sample(kSize));
+  PerVariate(state, kSize);
+}
+
 void RunMpfr(benchmark::State& state, int digits) {
   mpfr_t x;
   mpfr_init2(x, peers::ArbBits(digits));
@@ -101,6 +113,9 @@ void Register() {
     ours("exponential.sample(1e6)", "Exponential", {1}, false);
     ours("normal.sample(1e6).exact", "Normal", {0, 1}, true);
     ours("exponential.sample(1e6).exact", "Exponential", {1}, true);
+    benchmark::RegisterBenchmark(("ours/binomial(1e6,0.3).sample(1e6)" + suffix).c_str(),
+                                 [=](benchmark::State& s) { RunBinomial(s, digits); })
+        ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("mpfr/nrandom(1e6)" + suffix).c_str(), [=](benchmark::State& s) {
       RunMpfr(s, digits);
     })->Unit(benchmark::kMillisecond);

@@ -137,4 +137,61 @@ VexaFloat STATS_LogNormalDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat 
 VexaFloat STATS_LogNormalRandomVariate_MP(VexaKernelVector kv, VexaFloat mu, VexaFloat sigma);
 VexaFloat STATS_LogNormalRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
 
+// ---- Discrete distributions: P(X <= x) of floor(x) (Bernoulli: the mass at k) and the
+// smallest integer at which it reaches p. ----
+// The iteration limit of the Binomial, Poisson and Hypergeometric deviate searches: the host
+// global _EnvStatisticsIterations when assigned, else 100.
+int STATS_DiscreteIterationLimit_MP(VexaKernelVector kv);
+// Binomial: n trials, success probability q.
+VexaFloat STATS_BinomialProbability_MP(VexaKernelVector kv, VexaFloat x, long n, VexaFloat q);
+long STATS_BinomialDeviate_MP(VexaKernelVector kv, VexaFloat p, long n, VexaFloat q);
+// Exact at the working precision: inversion for small n min(q, 1 - q), BTRD beyond.
+VexaFloat STATS_BinomialRandomVariate_MP(VexaKernelVector kv, long n, VexaFloat q);
+VexaFloat STATS_BinomialRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Poisson: mean lambda; x is made an integer toward zero, without a floor.
+VexaFloat STATS_PoissonProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat lambda);
+long STATS_PoissonDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat lambda);
+VexaFloat STATS_PoissonRandomVariate_MP(VexaKernelVector kv, VexaFloat lambda);
+VexaFloat STATS_PoissonRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Hypergeometric: population N, L of them marked, M drawn.
+VexaFloat STATS_HypergeometricProbability_MP(VexaKernelVector kv, VexaFloat x, long N, long L,
+                                             long M);
+long STATS_HypergeometricDeviate_MP(VexaKernelVector kv, VexaFloat p, long N, long L, long M);
+VexaFloat STATS_HypergeometricRandomVariate_MP(VexaKernelVector kv, long N, long L, long M);
+VexaFloat STATS_HypergeometricRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// NegativeBinomial: failures before success r, success probability q.
+VexaFloat STATS_NegativeBinomialProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat r,
+                                               VexaFloat q);
+long STATS_NegativeBinomialDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat r, VexaFloat q);
+VexaFloat STATS_NegativeBinomialRandomVariate_MP(VexaKernelVector kv, VexaFloat r, VexaFloat q);
+VexaFloat STATS_NegativeBinomialRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Geometric: failures before the first success, success probability q.
+VexaFloat STATS_GeometricProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat q);
+long STATS_GeometricDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat q);
+VexaFloat STATS_GeometricRandomVariate_MP(VexaKernelVector kv, VexaFloat q);
+VexaFloat STATS_GeometricRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// DiscreteUniform on the integers a to b.
+VexaFloat STATS_DiscreteUniformProbability_MP(VexaKernelVector kv, VexaFloat x, long a, long b);
+long STATS_DiscreteUniformDeviate_MP(VexaKernelVector kv, VexaFloat p, long a, long b);
+VexaFloat STATS_DiscreteUniformRandomVariate_MP(VexaKernelVector kv, long a, long b);
+VexaFloat STATS_DiscreteUniformRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Bernoulli with P(X = 1) = q: the Probability is the mass at k.
+VexaFloat STATS_BernoulliProbability_MP(VexaKernelVector kv, long k, VexaFloat q);
+long STATS_BernoulliDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat q);
+VexaFloat STATS_BernoulliRandomVariate_MP(VexaKernelVector kv, VexaFloat q);
+VexaFloat STATS_BernoulliRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+
+// ---- Empirical: n data values with weights (null for none), rearranged by each call ----
+VexaFloat STATS_EmpiricalDeviate_MP(VexaKernelVector kv, VexaFloat p, int n, VexaFloat* values,
+                                    VexaFloat* weights);
+VexaFloat STATS_EmpiricalRandomVariate_MP(VexaKernelVector kv, int n, VexaFloat* values,
+                                          VexaFloat* weights);
+// The bodies of its entry points after the arity check.
+class STATS_VexaEntry_MP;
+ALGEB STATS_EmpiricalDeviateEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_EmpiricalRandomVariateEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_EmpiricalRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+// The binomial sample entry after the arity check: its setup is made once per sample.
+ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+
 #endif

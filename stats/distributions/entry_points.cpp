@@ -65,6 +65,19 @@ struct BoundAs<VexaFloat (*)(VexaKernelVector, P...), W> {
   static constexpr Worker kWorker = {static_cast<int>(sizeof...(P)), &Call};
 };
 
+// The discrete deviates return an integer, handed back as a float.
+template <class... P, long (*W)(VexaKernelVector, P...)>
+struct BoundAs<long (*)(VexaKernelVector, P...), W> {
+  static VexaFloat Call(VexaKernelVector kv, const VexaFloat* a) {
+    return Apply(kv, a, std::index_sequence_for<P...>());
+  }
+  template <std::size_t... I>
+  static VexaFloat Apply(VexaKernelVector kv, const VexaFloat* a, std::index_sequence<I...>) {
+    return VexaFloat(W(kv, Parameter<P>(a[I])...));
+  }
+  static constexpr Worker kWorker = {static_cast<int>(sizeof...(P)), &Call};
+};
+
 template <auto f>
 struct Bound : BoundAs<decltype(f), f> {};
 
@@ -182,36 +195,48 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
 using Variate1 = VexaFloat (*)(VexaKernelVector, VexaFloat);
 using Variate2 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat);
 using Variate3 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat, VexaFloat);
+using CountVariate1 = VexaFloat (*)(VexaKernelVector, long, VexaFloat);
+using Counts2 = VexaFloat (*)(VexaKernelVector, long, long);
+using Counts3 = VexaFloat (*)(VexaKernelVector, long, long, long);
 
 // Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
-DIST4(Bernoulli, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Bernoulli, 2, 2, 1, 2, W(STATS_BernoulliProbability_MP), W(STATS_BernoulliDeviate_MP),
+      AS(Variate1, STATS_BernoulliRandomVariate_MP))
 DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP), MISSING)
-DIST4(Binomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+ENTRY(Binomial, Probability, 3, W(STATS_BinomialProbability_MP))
+ENTRY(Binomial, Deviate, 3, W(STATS_BinomialDeviate_MP))
+ENTRY(Binomial, RandomVariate, 2, AS(CountVariate1, STATS_BinomialRandomVariate_MP))
+STATS_OWN_ENTRY(Binomial, RandomSample, 3, STATS_BinomialRandomSampleEntry_MP)
 DIST4(Cauchy, 3, 3, 2, 3, W(STATS_CauchyProbability_MP), W(STATS_CauchyDeviate_MP),
       AS(Variate2, STATS_CauchyRandomVariate_MP))
 DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),
       MISSING)
-DIST4(DiscreteUniform, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(DiscreteUniform, 3, 3, 2, 3, W(STATS_DiscreteUniformProbability_MP),
+      W(STATS_DiscreteUniformDeviate_MP), AS(Counts2, STATS_DiscreteUniformRandomVariate_MP))
 DIST4(Exponential, 2, 2, 1, 2, W(STATS_ExponentialProbability_MP), W(STATS_ExponentialDeviate_MP),
       AS(Variate1, STATS_ExponentialRandomVariate_MP))
 DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP), MISSING)
 DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP), MISSING)
-DIST4(Geometric, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Geometric, 2, 2, 1, 2, W(STATS_GeometricProbability_MP), W(STATS_GeometricDeviate_MP),
+      AS(Variate1, STATS_GeometricRandomVariate_MP))
 DIST4(Gumbel, 3, 3, 2, 3, W(STATS_GumbelProbability_MP), W(STATS_GumbelDeviate_MP),
       AS(Variate2, STATS_GumbelRandomVariate_MP))
-DIST4(Hypergeometric, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+DIST4(Hypergeometric, 4, 4, 3, 4, W(STATS_HypergeometricProbability_MP),
+      W(STATS_HypergeometricDeviate_MP), AS(Counts3, STATS_HypergeometricRandomVariate_MP))
 DIST4(Laplace, 3, 3, 2, 3, W(STATS_LaplaceProbability_MP), W(STATS_LaplaceDeviate_MP),
       AS(Variate2, STATS_LaplaceRandomVariate_MP))
 DIST4(Logistic, 3, 3, 2, 3, W(STATS_LogisticProbability_MP), W(STATS_LogisticDeviate_MP),
       AS(Variate2, STATS_LogisticRandomVariate_MP))
 DIST4(LogNormal, 3, 3, 2, 3, W(STATS_LogNormalProbability_MP), W(STATS_LogNormalDeviate_MP),
       AS(Variate2, STATS_LogNormalRandomVariate_MP))
-DIST4(NegativeBinomial, 3, 3, 2, 3, MISSING, MISSING, MISSING)
+DIST4(NegativeBinomial, 3, 3, 2, 3, W(STATS_NegativeBinomialProbability_MP),
+      W(STATS_NegativeBinomialDeviate_MP), AS(Variate2, STATS_NegativeBinomialRandomVariate_MP))
 DIST4(NonCentralBeta, 4, 4, 3, 4, MISSING, MISSING, MISSING)
 DIST4(NonCentralFRatio, 4, 4, 3, 4, MISSING, MISSING, MISSING)
 DIST4(Pareto, 3, 3, 2, 3, W(STATS_ParetoProbability_MP), W(STATS_ParetoDeviate_MP),
       AS(Variate2, STATS_ParetoRandomVariate_MP))
-DIST4(Poisson, 2, 2, 1, 2, MISSING, MISSING, MISSING)
+DIST4(Poisson, 2, 2, 1, 2, W(STATS_PoissonProbability_MP), W(STATS_PoissonDeviate_MP),
+      AS(Variate1, STATS_PoissonRandomVariate_MP))
 DIST4(Power, 3, 3, 2, 3, W(STATS_PowerProbability_MP), W(STATS_PowerDeviate_MP),
       AS(Variate2, STATS_PowerRandomVariate_MP))
 DIST4(Rayleigh, 2, 2, 1, 2, W(STATS_RayleighProbability_MP), W(STATS_RayleighDeviate_MP),
@@ -223,9 +248,9 @@ DIST4(Weibull, 3, 3, 2, 3, W(STATS_WeibullProbability_MP), W(STATS_WeibullDeviat
       AS(Variate2, STATS_WeibullRandomVariate_MP))
 
 // Distributions with fewer operations, other forms or messages of their own.
-ENTRY(Empirical, Deviate, 4, MISSING)
-ENTRY(Empirical, RandomVariate, 3, MISSING)
-ENTRY(Empirical, RandomSample, 4, MISSING)
+STATS_OWN_ENTRY(Empirical, Deviate, 4, STATS_EmpiricalDeviateEntry_MP)
+STATS_OWN_ENTRY(Empirical, RandomVariate, 3, STATS_EmpiricalRandomVariateEntry_MP)
+STATS_OWN_ENTRY(Empirical, RandomSample, 4, STATS_EmpiricalRandomSampleEntry_MP)
 
 STATS_OWN_ENTRY(Error, Deviate, 6, ErrorDeviate)
 STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1", MISSING,
