@@ -387,10 +387,59 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
   return Invert(inv, t, inv.reflect ? log1mX : logX, x, p, fail, routine);
 }
 
+// For whole a and b at a short decimal x = u / D (D a power of ten, v = D - u), WholeBeta's
+// sums in integers: the lower tail is N_hi / D^m with N_hi = u^a sum_{j>=a} C(m, j) u^(j-a)
+// v^(m-j), the upper tail N_lo / D^m with N_lo = sum_{j<a} C(m, j) u^j v^(m-j), both by
+// Horner's rule in u, and the density a C(m, a) u^(a-1) v^(b-1) / D^(m-1). Exact, so one
+// rounding decides each result. False when the integers would be long.
+struct ExactWholeBeta {
+  Fmpz lower, upper, density;
+  int64_t exponent = 0;  // D = 10^-exponent
+  ulong m = 0;
+};
+
+bool ExactWhole(ExactWholeBeta* r, ulong a, ulong b, const VexaFloat& x) {
+  mpz_t mantissa;
+  mpz_init(mantissa);
+  FloatToMpz(x, mantissa, &r->exponent);
+  Fmpz u, v, c, vPower, t;
+  fmpz_set_mpz(u.v, mantissa);
+  mpz_clear(mantissa);
+  r->m = a + b - 1;
+  const ulong m = r->m;
+  if (r->exponent >= 0 || static_cast<double>(-r->exponent) * static_cast<double>(m) > 2000)
+    return false;
+  fmpz_ui_pow_ui(v.v, 10, static_cast<ulong>(-r->exponent));
+  fmpz_sub(v.v, v.v, u.v);
+  fmpz_one(c.v);       // C(m, j)
+  fmpz_one(vPower.v);  // v^(m-j)
+  fmpz_zero(r->lower.v);
+  fmpz_zero(r->upper.v);
+  for (ulong j = m;; --j) {
+    fmpz* sum = j >= a ? r->lower.v : r->upper.v;
+    fmpz_mul(sum, sum, u.v);
+    fmpz_mul(t.v, c.v, vPower.v);
+    fmpz_add(sum, sum, t.v);
+    if (j == a) fmpz_mul_ui(r->density.v, c.v, a);
+    if (j == 0) break;
+    fmpz_mul_ui(c.v, c.v, j);
+    fmpz_divexact_ui(c.v, c.v, m - j + 1);
+    fmpz_mul(vPower.v, vPower.v, v.v);
+  }
+  fmpz_pow_ui(t.v, u.v, a);
+  fmpz_mul(r->lower.v, r->lower.v, t.v);
+  fmpz_pow_ui(t.v, u.v, a - 1);
+  fmpz_mul(r->density.v, r->density.v, t.v);
+  fmpz_pow_ui(t.v, v.v, b - 1);
+  fmpz_mul(r->density.v, r->density.v, t.v);
+  return true;
+}
+
 // The three results of the beta probability routine for whole shapes, from one evaluation
 // of WholeBeta per precision that the three roundings share; false for other shapes.
 template <class Balls>
-bool WholeShapes(VexaFloat* p, VexaFloat* q, VexaFloat* pdf, const Balls& balls) {
+bool WholeShapes(const VexaFloat& x, VexaFloat* p, VexaFloat* q, VexaFloat* pdf,
+                 const Balls& balls) {
   ulong wa, wb;
   {
     Ball sa, sb, z, zc;
@@ -399,6 +448,19 @@ bool WholeShapes(VexaFloat* p, VexaFloat* q, VexaFloat* pdf, const Balls& balls)
     wb = wa != 0 ? WholeShape(sb.v) : 0;
   }
   if (wb == 0) return false;
+  ExactWholeBeta exact;
+  if (ExactWhole(&exact, wa, wb, x)) {
+    auto result = [&exact](const fmpz_t n, ulong power) {
+      return [&exact, n, power](arb_t y, slong prec) {
+        arb_set_fmpz(y, n);
+        ScaleByPow10(y, exact.exponent * static_cast<int64_t>(power), prec);
+      };
+    };
+    *p = Ziv(result(exact.lower.v, exact.m), kExtraBits);
+    *q = Ziv(result(exact.upper.v, exact.m), kExtraBits);
+    *pdf = Ziv(result(exact.density.v, exact.m - 1), kExtraBits);
+    return true;
+  }
   Ball lower, upper, density;
   slong cachedPrec = 0;
   auto result = [&](const arb_t which) {
@@ -522,7 +584,7 @@ void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, Vex
     else
       ToBall(zc, xc, prec);
   };
-  if (WholeShapes(p, q, pdf, balls)) return;
+  if (WholeShapes(x, p, q, pdf, balls)) return;
   *p = Ziv(
       [&](arb_t y, slong prec) {
         Ball sa, sb, z, zc;
