@@ -108,6 +108,73 @@ void BetaUpper(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb
   BetaLower(res, b, a, zc, z, prec);
 }
 
+// ---- Whole shapes: I_z(a, b) = sum_{j=a}^{m} C(m, j) z^j (1-z)^(m-j) with m = a + b - 1,
+// the chance of at least a successes in m trials. I_(1-z)(b, a) sums the j below a. Both are
+// sums of positive terms, so each tail is summed directly, in b or a terms.
+
+const ulong kMaxWholeShape = 1000;
+
+// n when a is a whole number from 1 to kMaxWholeShape, else 0.
+ulong WholeShape(const arb_t a) {
+  if (!arb_is_exact(a) || !arf_is_int(arb_midref(a)) || arf_cmp_si(arb_midref(a), 1) < 0 ||
+      arf_cmp_si(arb_midref(a), static_cast<slong>(kMaxWholeShape)) > 0)
+    return 0;
+  return static_cast<ulong>(arf_get_si(arb_midref(a), ARF_RND_DOWN));
+}
+
+// For whole a and b, with w = z / zc and the exact binomial coefficients, Horner's rule on
+// S_lo = sum_{j<a} C(m, j) w^j and S_hi = sum_{j>=a} C(m, j) w^(j-a) gives the lower tail
+// z^a zc^(b-1) S_hi, the upper tail zc^m S_lo and the density a C(m, a) z^(a-1) zc^(b-1).
+// Each output may be null.
+void WholeBeta(arb_t lower, arb_t upper, arb_t density, ulong a, ulong b, const arb_t z,
+               const arb_t zc, slong prec) {
+  const ulong m = a + b - 1;
+  Ball w, hi, lo, zPower, zcPower, t;
+  Fmpz c;  // C(m, j)
+  arb_div(w.v, z, zc, prec);
+  fmpz_one(c.v);
+  for (ulong j = m;; --j) {
+    arb_t& s = j >= a ? hi.v : lo.v;
+    arb_mul(s, s, w.v, prec);
+    arb_add_fmpz(s, s, c.v, prec);
+    if (j == a) arb_set_fmpz(t.v, c.v);
+    if (j == 0) break;
+    fmpz_mul_ui(c.v, c.v, j);
+    fmpz_divexact_ui(c.v, c.v, m - j + 1);
+  }
+  arb_pow_ui(zPower.v, z, a - 1, prec);
+  arb_pow_ui(zcPower.v, zc, b - 1, prec);
+  arb_mul(zPower.v, zPower.v, zcPower.v, prec);  // z^(a-1) zc^(b-1)
+  if (density != nullptr) {
+    arb_mul(density, t.v, zPower.v, prec);
+    arb_mul_ui(density, density, a, prec);
+  }
+  if (lower != nullptr) {
+    arb_mul(lower, hi.v, zPower.v, prec);
+    arb_mul(lower, lower, z, prec);
+  }
+  if (upper != nullptr) {
+    arb_pow_ui(t.v, zc, m, prec);
+    arb_mul(upper, lo.v, t.v, prec);
+  }
+}
+
+// I_z(a, b) for a probability: the finite sum when both shapes are whole, else BetaLower.
+void ProbabilityLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
+                      slong prec) {
+  ulong wa = WholeShape(a), wb = wa != 0 ? WholeShape(b) : 0;
+  if (wb != 0)
+    WholeBeta(res, nullptr, nullptr, wa, wb, z, zc, prec);
+  else
+    BetaLower(res, a, b, z, zc, prec);
+}
+
+// I_(1-z)(b, a) for a probability.
+void ProbabilityUpper(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
+                      slong prec) {
+  ProbabilityLower(res, b, a, zc, z, prec);
+}
+
 // log B(a, b)
 void LogBeta(arb_t res, const arb_t a, const arb_t b, slong prec) {
   Ball t;
@@ -364,6 +431,99 @@ bool BetaDeviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, Vex
   return Invert(inv, t, inv.reflect ? log1mX : logX, x, p, fail, routine);
 }
 
+// For whole a and b at a short decimal x = u / D (D a power of ten, v = D - u), WholeBeta's
+// sums in integers: the lower tail is N_hi / D^m with N_hi = u^a sum_{j>=a} C(m, j) u^(j-a)
+// v^(m-j), the upper tail N_lo / D^m with N_lo = sum_{j<a} C(m, j) u^j v^(m-j), both by
+// Horner's rule in u, and the density a C(m, a) u^(a-1) v^(b-1) / D^(m-1). Exact, so one
+// rounding decides each result. False when the integers would be long.
+struct ExactWholeBeta {
+  Fmpz lower, upper, density;
+  int64_t exponent = 0;  // D = 10^-exponent
+  ulong m = 0;
+};
+
+bool ExactWhole(ExactWholeBeta* r, ulong a, ulong b, const VexaFloat& x) {
+  mpz_t mantissa;
+  mpz_init(mantissa);
+  FloatToMpz(x, mantissa, &r->exponent);
+  Fmpz u, v, c, vPower, t;
+  fmpz_set_mpz(u.v, mantissa);
+  mpz_clear(mantissa);
+  r->m = a + b - 1;
+  const ulong m = r->m;
+  if (r->exponent >= 0 || static_cast<double>(-r->exponent) * static_cast<double>(m) > 2000)
+    return false;
+  fmpz_ui_pow_ui(v.v, 10, static_cast<ulong>(-r->exponent));
+  fmpz_sub(v.v, v.v, u.v);
+  fmpz_one(c.v);       // C(m, j)
+  fmpz_one(vPower.v);  // v^(m-j)
+  fmpz_zero(r->lower.v);
+  fmpz_zero(r->upper.v);
+  for (ulong j = m;; --j) {
+    fmpz* sum = j >= a ? r->lower.v : r->upper.v;
+    fmpz_mul(sum, sum, u.v);
+    fmpz_mul(t.v, c.v, vPower.v);
+    fmpz_add(sum, sum, t.v);
+    if (j == a) fmpz_mul_ui(r->density.v, c.v, a);
+    if (j == 0) break;
+    fmpz_mul_ui(c.v, c.v, j);
+    fmpz_divexact_ui(c.v, c.v, m - j + 1);
+    fmpz_mul(vPower.v, vPower.v, v.v);
+  }
+  fmpz_pow_ui(t.v, u.v, a);
+  fmpz_mul(r->lower.v, r->lower.v, t.v);
+  fmpz_pow_ui(t.v, u.v, a - 1);
+  fmpz_mul(r->density.v, r->density.v, t.v);
+  fmpz_pow_ui(t.v, v.v, b - 1);
+  fmpz_mul(r->density.v, r->density.v, t.v);
+  return true;
+}
+
+// The three results of the beta probability routine for whole shapes, from one evaluation
+// of WholeBeta per precision that the three roundings share; false for other shapes.
+template <class Balls>
+bool WholeShapes(const VexaFloat& x, VexaFloat* p, VexaFloat* q, VexaFloat* pdf,
+                 const Balls& balls) {
+  ulong wa, wb;
+  {
+    Ball sa, sb, z, zc;
+    balls(sa.v, sb.v, z.v, zc.v, 64);
+    wa = WholeShape(sa.v);
+    wb = wa != 0 ? WholeShape(sb.v) : 0;
+  }
+  if (wb == 0) return false;
+  ExactWholeBeta exact;
+  if (ExactWhole(&exact, wa, wb, x)) {
+    auto result = [&exact](const fmpz_t n, ulong power) {
+      return [&exact, n, power](arb_t y, slong prec) {
+        arb_set_fmpz(y, n);
+        ScaleByPow10(y, exact.exponent * static_cast<int64_t>(power), prec);
+      };
+    };
+    *p = Ziv(result(exact.lower.v, exact.m), kExtraBits);
+    *q = Ziv(result(exact.upper.v, exact.m), kExtraBits);
+    *pdf = Ziv(result(exact.density.v, exact.m - 1), kExtraBits);
+    return true;
+  }
+  Ball lower, upper, density;
+  slong cachedPrec = 0;
+  auto result = [&](const arb_t which) {
+    return [&, which](arb_t y, slong prec) {
+      if (cachedPrec < prec) {
+        Ball sa, sb, z, zc;
+        balls(sa.v, sb.v, z.v, zc.v, prec);
+        WholeBeta(lower.v, upper.v, density.v, wa, wb, z.v, zc.v, prec);
+        cachedPrec = prec;
+      }
+      arb_set_round(y, which, prec);
+    };
+  };
+  *p = Ziv(result(lower.v), kExtraBits);
+  *q = Ziv(result(upper.v), kExtraBits);
+  *pdf = Ziv(result(density.v), kExtraBits);
+  return true;
+}
+
 bool CheckDf(NagError* fail, const char* routine, const char* name, const VexaFloat& df) {
   return CheckPositive(fail, routine, name, df, 2 * kMaxShape);
 }
@@ -420,9 +580,13 @@ VexaFloat VexaMP_g01edc(Nag_TailProbability tail, VexaFloat f, VexaFloat df1, Ve
   FRatio law{df1, df2};
   auto side = [&](bool upper) {
     return [&law, &f, upper](arb_t y, slong prec) {
-      Ball fb;
+      Ball fb, a, b, z, zc;
       ToBall(fb.v, f, prec);
-      law.Tail(y, fb.v, upper, prec);
+      law.Setup(a.v, b.v, z.v, zc.v, fb.v, prec);
+      if (upper)
+        ProbabilityUpper(y, a.v, b.v, z.v, zc.v, prec);
+      else
+        ProbabilityLower(y, a.v, b.v, z.v, zc.v, prec);
     };
   };
   return OneSidedTail(tail, side(false), side(true));
@@ -464,18 +628,19 @@ void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, Vex
     else
       ToBall(zc, xc, prec);
   };
+  if (WholeShapes(x, p, q, pdf, balls)) return;
   *p = Ziv(
       [&](arb_t y, slong prec) {
         Ball sa, sb, z, zc;
         balls(sa.v, sb.v, z.v, zc.v, prec);
-        BetaLower(y, sa.v, sb.v, z.v, zc.v, prec);
+        ProbabilityLower(y, sa.v, sb.v, z.v, zc.v, prec);
       },
       kExtraBits);
   *q = Ziv(
       [&](arb_t y, slong prec) {
         Ball sa, sb, z, zc;
         balls(sa.v, sb.v, z.v, zc.v, prec);
-        BetaUpper(y, sa.v, sb.v, z.v, zc.v, prec);
+        ProbabilityUpper(y, sa.v, sb.v, z.v, zc.v, prec);
       },
       kExtraBits);
   *pdf = Ziv(

@@ -100,6 +100,86 @@ void GammaDensity(arb_t res, const arb_t a, const arb_t x, slong prec) {
   arb_exp(res, res, prec);
 }
 
+// ---- Whole shapes a = n: Q(n, x) = e^-x sum_{k<n} x^k / k!, a finite sum of positive terms.
+
+const ulong kMaxWholeShape = 1000;
+
+// n when a is a whole number from 1 to kMaxWholeShape and x < 2^32, else 0.
+ulong WholeShape(const arb_t a, const arb_t x) {
+  if (!arb_is_exact(a) || !arf_is_int(arb_midref(a)) || arf_cmp_si(arb_midref(a), 1) < 0 ||
+      arf_cmp_si(arb_midref(a), static_cast<slong>(kMaxWholeShape)) > 0 ||
+      arf_cmpabs_2exp_si(arb_midref(x), 32) >= 0)
+    return 0;
+  return static_cast<ulong>(arf_get_si(arb_midref(a), ARF_RND_DOWN));
+}
+
+// Adds to s the bound t r / (1 - r) of the rest of a series whose later term ratios stay
+// below r < 1 (t is the last term summed); false if r is not below 1.
+bool AddGeometricRest(arb_t s, const arb_t t, const arb_t r, slong prec) {
+  Ball bound;
+  OneMinusBall(bound.v, r, prec);
+  if (!arb_is_positive(bound.v)) return false;
+  arb_div(bound.v, r, bound.v, prec);
+  arb_mul(bound.v, bound.v, t, prec);
+  mag_t m;
+  mag_init(m);
+  arb_get_mag(m, bound.v);
+  arb_add_error_mag(s, m);
+  mag_clear(m);
+  return true;
+}
+
+// Q(n, x) by the finite sum.
+void WholeUpper(arb_t res, ulong n, const arb_t x, slong prec) {
+  Ball term, sum;
+  arb_one(term.v);
+  arb_one(sum.v);
+  for (ulong k = 1; k < n; ++k) {
+    arb_mul(term.v, term.v, x, prec);
+    arb_div_ui(term.v, term.v, k, prec);
+    arb_add(sum.v, sum.v, term.v, prec);
+  }
+  arb_neg(term.v, x);
+  arb_exp(term.v, term.v, prec);
+  arb_mul(res, sum.v, term.v, prec);
+}
+
+// P(n, x) = x^n e^-x / n! sum_j x^j / ((n+1)...(n+j)) for x < n: the ratios x / (n+j+1)
+// fall below 1 at once, and the rest after a negligible term is bounded geometrically.
+void WholeLowerSeries(arb_t res, ulong n, const arb_t x, slong prec) {
+  Ball term, sum, r;
+  arb_one(term.v);
+  arb_one(sum.v);
+  const slong target = -prec - 8;
+  for (ulong j = n + 1;; ++j) {
+    arb_mul(term.v, term.v, x, prec);
+    arb_div_ui(term.v, term.v, j, prec);
+    arb_add(sum.v, sum.v, term.v, prec);
+    if (arf_cmpabs_2exp_si(arb_midref(term.v), target) < 0) {
+      arb_div_ui(r.v, x, j + 1, prec);
+      if (AddGeometricRest(sum.v, term.v, r.v, prec)) break;
+    }
+  }
+  // x^n e^-x / n!
+  arb_pow_ui(term.v, x, n, prec);
+  arb_mul(sum.v, sum.v, term.v, prec);
+  arb_neg(term.v, x);
+  arb_exp(term.v, term.v, prec);
+  arb_mul(sum.v, sum.v, term.v, prec);
+  arb_fac_ui(term.v, n, prec);
+  arb_div(res, sum.v, term.v, prec);
+}
+
+// P(n, x): by its series below n, above it as 1 - Q (P is at least about 1/2 there).
+void WholeLower(arb_t res, ulong n, const arb_t x, slong prec) {
+  if (arf_cmp_ui(arb_midref(x), n) < 0) {
+    WholeLowerSeries(res, n, x, prec);
+  } else {
+    WholeUpper(res, n, x, prec);
+    OneMinusBall(res, res, prec);
+  }
+}
+
 // The tail probability at g of the gamma law with shape a and scale b (g >= 0).
 VexaFloat Probability(Nag_TailProbability tail, const VexaFloat& g, const VexaFloat& a,
                       const VexaFloat& b) {
@@ -116,12 +196,18 @@ VexaFloat Probability(Nag_TailProbability tail, const VexaFloat& g, const VexaFl
       [&](arb_t y, slong prec) {
         Ball sa, sx;
         point(sa.v, sx.v, prec);
-        GammaLower(y, sa.v, sx.v, prec);
+        if (ulong n = WholeShape(sa.v, sx.v))
+          WholeLower(y, n, sx.v, prec);
+        else
+          GammaLower(y, sa.v, sx.v, prec);
       },
       [&](arb_t y, slong prec) {
         Ball sa, sx;
         point(sa.v, sx.v, prec);
-        GammaUpper(y, sa.v, sx.v, prec);
+        if (ulong n = WholeShape(sa.v, sx.v))
+          WholeUpper(y, n, sx.v, prec);
+        else
+          GammaUpper(y, sa.v, sx.v, prec);
       });
 }
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Times the peer cases in mpmath at mp.dps 50 and 200, as a typical user would write them:
-ncdf and erfinv for the normal, gammainc and betainc for the others, and the other quantiles
+ncdf and erfinv for the normal, gammainc and betainc for the others (the binomial and Poisson
+distribution functions included), and the other quantiles
 by findroot (secant) on the cdf from the distribution's mean. Inputs are made before timing.
 Prints one JSON object per run: impl, case, digits, seconds per call, value."""
 
@@ -42,6 +43,14 @@ def t_cdf(x, nu):
 
 def f_cdf(x, nu1, nu2):
     return mp.betainc(nu1 / 2, nu2 / 2, 0, nu1 * x / (nu1 * x + nu2), regularized=True)
+
+
+def binomial_cdf(n, p, k):
+    return mp.betainc(n - k, k + 1, 0, 1 - p, regularized=True)
+
+
+def poisson_cdf(lam, k):
+    return mp.gammainc(k + 1, lam, mp.inf, regularized=True)
 
 
 def by_root(cdf, start):
@@ -89,6 +98,10 @@ CASES = [
     ("t(10).quantile(0.975)", by_root(t_cdf, lambda nu: mpf(0)), ("0.975", "10")),
     ("F(5,10).cdf(2.5)", f_cdf, ("2.5", "5", "10")),
     ("F(5,10).quantile(0.95)", by_root(f_cdf, lambda nu1, nu2: nu2 / (nu2 - 2)), ("0.95", "5", "10")),
+    ("binomial(20,0.3).cdf(6)", binomial_cdf, ("20", "0.3", "6")),
+    ("binomial(1e9,0.5).cdf(5e8)", binomial_cdf, ("1000000000", "0.5", "500000000")),
+    ("poisson(2.5).cdf(3)", poisson_cdf, ("2.5", "3")),
+    ("poisson(1e6).cdf(1e6)", poisson_cdf, ("1000000", "1000000")),
     ("binomial(1000,0.3).quantile(0.9)", binomial_quantile, ("0.9", "1000", "0.3")),
     ("binomial(40,0.3).quantile(0.05)", binomial_quantile, ("0.05", "40", "0.3")),
     ("poisson(3.5).quantile(0.9)", poisson_quantile, ("0.9", "3.5")),
@@ -133,7 +146,7 @@ def main(argv):
             try:
                 record["value"] = mpmath.nstr(function(*values), digits, strip_zeros=False)
                 record["seconds"] = time_case(function, values, args.repetitions, args.min_time)
-            except (ValueError, ZeroDivisionError, ArithmeticError) as e:
+            except (ValueError, ZeroDivisionError, ArithmeticError, mpmath.libmp.NoConvergence) as e:
                 record["error"] = str(e)
             print(json.dumps(record), flush=True)
     return 0

@@ -59,14 +59,18 @@ class CheckTest(unittest.TestCase):
                          boost="0.89093584205", mpmath="0.8909358420502276")
                    + row("F(5,10).cdf(2.5)", 50, ours="0.897", boost="0.897")
                    + [{"impl": "boost", "case": "beta(12,8).cdf(0.7)", "digits": 50,
-                       "times": [], "error": "overflow"}])
+                       "times": [], "error": "overflow"}]
+                   + row("poisson(1e6).cdf(1e6)", 50, ours=good, boost=good)
+                   + [{"impl": "mpmath", "case": "poisson(1e6).cdf(1e6)", "digits": 50,
+                       "times": [], "error": "no convergence"}])
         failures, notes = run.problems(run.tabulate(records))
         self.assertEqual(notes, ["t(10).quantile(0.975) at 50: a peer is off "
-                                 "(boost on 50, mpmath on 10 digits agree with ours)"])
+                                 "(boost on 50, mpmath on 10 digits agree with ours)",
+                                 "poisson(1e6).cdf(1e6) at 50: mpmath failed: no convergence"])
         self.assertTrue(any("chisq(5)" in f and "no peer confirms" in f for f in failures))
         self.assertTrue(any("F(5,10)" in f and "no value from mpmath" in f for f in failures))
         self.assertTrue(any("beta(12,8)" in f and "boost failed: overflow" in f for f in failures))
-        self.assertFalse(any("normal" in f or "t(10)" in f for f in failures))
+        self.assertFalse(any("normal" in f or "t(10)" in f or "poisson" in f for f in failures))
 
     def test_goals_compare_against_arb_and_the_limits(self):
         records = [

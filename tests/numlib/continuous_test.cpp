@@ -1,6 +1,6 @@
 // The continuous probability and deviate routines against reference values (mpmath, see
-// tests/reference/make_numlib_continuous_reference.py, make_numlib_deviate_reference.py and
-// make_numlib_extreme_reference.py):
+// tests/reference/make_numlib_continuous_reference.py, make_numlib_deviate_reference.py,
+// make_numlib_extreme_reference.py and make_numlib_whole_shape_reference.py):
 // every value must be correctly rounded.
 // Then the deviates' rounding checked by their own distribution functions at higher
 // precision, and the failure records for bad arguments.
@@ -57,8 +57,10 @@ VexaFloat Compute(const Case& c, NagError* fail) {
 TEST(Continuous, ReferenceValuesAreCorrectlyRounded) {
   std::vector<Case> cases = ReadCases("numlib_continuous.txt");
   ASSERT_GT(cases.size(), 300u);
-  for (const char* file : {"numlib_deviates.txt", "numlib_extremes.txt"}) {
+  for (const char* file :
+       {"numlib_deviates.txt", "numlib_extremes.txt", "numlib_whole_shapes.txt"}) {
     std::vector<Case> more = ReadCases(file);
+    EXPECT_FALSE(more.empty()) << file;
     cases.insert(cases.end(), more.begin(), more.end());
   }
   struct Tally {
