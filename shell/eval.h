@@ -36,7 +36,7 @@ class Evaluator {
 
   // Used by the builtins as well.
   ALGEB Evaluate(Node* e);
-  std::vector<ALGEB> EvaluateArguments(const std::vector<Node*>& nodes, size_t from);
+  std::vector<ALGEB> EvaluateArguments(const TreeVector<Node*>& nodes, size_t from);
   ALGEB EvaluateName(const std::string& name);
   ALGEB NameNode(const std::string& name);  // the local name, or the global one
   void AssignName(const std::string& name, ALGEB value);
