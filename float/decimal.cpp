@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "float/float_node.h"
+#include "host/error.h"
 
 namespace vexa {
 
@@ -87,6 +88,7 @@ ALGEB gUndefined, gPlusInfinity, gMinusInfinity, gZero;
 
 ALGEB AllocFloat(int limbs) {
   size_t bytes = offsetof(FloatNode, limbs) + sizeof(mp_limb_t) * (limbs > 0 ? limbs : 1);
+  CheckInterrupt();
   void* p = GC_MALLOC_ATOMIC(bytes);
   if (p == nullptr) throw std::bad_alloc();
   return static_cast<ALGEB>(p);

@@ -113,6 +113,30 @@ Kernel* GetKernel() {
   return kernel;
 }
 
+volatile std::sig_atomic_t gInterruptRequest = 0;
+
+// ---- Session state ----
+
+SessionState SaveSessionState() {
+  Kernel* k = GetKernel();
+  SessionState state;
+  for (const auto& entry : k->globals)
+    if (entry.second != k->digits && AsName(entry.second)->value != nullptr)
+      state.values.emplace_back(entry.second, AsName(entry.second)->value);
+  state.digits = VexaDigits();
+  state.random = k->random.engine;
+  return state;
+}
+
+void RestoreSessionState(const SessionState& state) {
+  Kernel* k = GetKernel();
+  for (const auto& entry : k->globals)
+    if (entry.second != k->digits) AsName(entry.second)->value = nullptr;
+  for (const auto& [name, value] : state.values) AsName(name)->value = value;
+  VexaSetDigits(state.digits);
+  k->random.engine = state.random;
+}
+
 // ---- Names ----
 
 ALGEB Lookup(ALGEB name) {
@@ -252,6 +276,7 @@ void CheckStack() {
 }
 
 NestingGuard::NestingGuard() {
+  CheckInterrupt();
   if (gNesting >= kMaxNesting)
     Raise("expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)");
   CheckStack();

@@ -222,9 +222,14 @@ bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
   frames_.clear();
   callDepth_ = 0;
   loopDepth_ = 0;
+  interrupted_ = false;
   try {
     Run(statement, !statement->silent);
     return true;
+  } catch (const Interrupted&) {
+    out.flush();
+    err << "Error, interrupted\n";
+    interrupted_ = true;
   } catch (const HostError& e) {
     out.flush();
     err << "Error, " << ErrorText(e) << "\n";
