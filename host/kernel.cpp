@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <unordered_set>
 
 #include "float/float_node.h"
 #include "host/nodes.h"
@@ -120,18 +121,25 @@ volatile std::sig_atomic_t gInterruptRequest = 0;
 SessionState SaveSessionState() {
   Kernel* k = GetKernel();
   SessionState state;
-  for (const auto& entry : k->globals)
+  for (const auto& entry : k->globals) {
+    state.names.push_back(entry.second);
     if (entry.second != k->digits && AsName(entry.second)->value != nullptr)
       state.values.emplace_back(entry.second, AsName(entry.second)->value);
+  }
   state.digits = VexaDigits();
   state.random = k->random.engine;
   return state;
 }
 
-void RestoreSessionState(const SessionState& state) {
+void RestoreSessionState(const SessionState& state, bool forgetNewNames) {
   Kernel* k = GetKernel();
   for (const auto& entry : k->globals)
     if (entry.second != k->digits) AsName(entry.second)->value = nullptr;
+  if (forgetNewNames && k->globals.size() > state.names.size()) {
+    std::unordered_set<ALGEB> known(state.names.begin(), state.names.end());
+    for (auto it = k->globals.begin(); it != k->globals.end();)
+      it = known.count(it->second) ? std::next(it) : k->globals.erase(it);
+  }
   for (const auto& [name, value] : state.values) AsName(name)->value = value;
   VexaSetDigits(state.digits);
   k->random.engine = state.random;

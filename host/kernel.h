@@ -155,11 +155,15 @@ std::vector<std::pair<ALGEB, ALGEB>> TableEntries(ALGEB table);  // in insertion
 // copied: elements assigned in between stay assigned.
 struct SessionState {
   std::vector<std::pair<ALGEB, ALGEB>, traceable_allocator<std::pair<ALGEB, ALGEB>>> values;
+  std::vector<ALGEB, traceable_allocator<ALGEB>> names;  // every global name
   int digits = 10;
   std::mt19937 random;
 };
 SessionState SaveSessionState();
-void RestoreSessionState(const SessionState& state);  // names assigned since become unassigned
+// Names assigned since become unassigned. With forgetNewNames, global names made since leave
+// the table of names (a later name of the same text is a new node), so that independent runs
+// do not pile up names: only for callers that keep no value made since.
+void RestoreSessionState(const SessionState& state, bool forgetNewNames = false);
 
 // ---- rtables (created through RTableCreate of vexa/external.h). ----
 // Elements as host values: integer data types give integers, float types floats, complex

@@ -205,7 +205,8 @@ TEST_F(ServicesTest, RandomSource) {
 // What a session state puts back: values of names (unassigning those assigned since), Digits
 // and the random stream; not what was done inside a shared table.
 TEST_F(ServicesTest, SessionStateSavedAndRestored) {
-  Assign(N("kept"), I(1));
+  ALGEB kept = N("kept");
+  Assign(kept, I(1));
   Unassign(N("later"));
   Assign(N("table"), NewTable());
   int digits = VexaDigits();
@@ -221,6 +222,11 @@ TEST_F(ServicesTest, SessionStateSavedAndRestored) {
   EXPECT_EQ(TableGet(Lookup(N("table")), I(1)), I(4));
   EXPECT_EQ(VexaDigits(), digits);
   EXPECT_EQ(NextRandomWord(), next);
+  ALGEB made = N("madeSince");
+  RestoreSessionState(state, true);
+  EXPECT_NE(N("madeSince"), made);
+  EXPECT_EQ(N("kept"), kept);  // names known before stay, with their values
+  EXPECT_EQ(Lookup(kept), I(1));
   Unassign(N("kept"));
   Unassign(N("table"));
 }
