@@ -49,16 +49,24 @@ samplers: deps
 	@build/bench/bench/peers/samplers --quality
 	@build/bench/bench/peers/samplers --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 
-# Runs the parser and evaluator fuzz target for FUZZ_SECONDS (default 120), with the language's
-# dictionary and seeds of deep nesting, long flat expressions and huge numbers.
+# Runs each fuzz target for FUZZ_SECONDS (default 120) within 2 GB: fuzz_shell (the parser and
+# evaluator, with the language's dictionary and seeds of deep nesting, long flat expressions and
+# huge numbers), then fuzz_library (the entry points with generated arguments). Each keeps its
+# corpus in build/fuzz/corpus-<target> between runs; crashes land in build/fuzz/.
 FUZZ_SECONDS ?= 120
+FUZZ_TARGETS ?= fuzz_shell fuzz_library
+FUZZ_FLAGS = -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=2048 -detect_leaks=0 -artifact_prefix=build/fuzz/
 fuzz: deps
 	@scripts/install-deps --fuzz
 	@CC=clang CXX=clang++ cmake -S . -B build/fuzz -DVEXA_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-	@cmake --build build/fuzz -j$(JOBS) --target fuzz_shell
-	@mkdir -p build/fuzz/corpus
-	@cp tests/shell/*.vx tests/shell/fuzz/seeds/*.vx examples/*.vx build/fuzz/corpus/ 2>/dev/null || true
-	build/fuzz/fuzz_shell -max_total_time=$(FUZZ_SECONDS) -max_len=4096 -timeout=10 -rss_limit_mb=4096 -detect_leaks=0 -dict=tests/shell/fuzz/shell.dict -artifact_prefix=build/fuzz/ build/fuzz/corpus
+	@cmake --build build/fuzz -j$(JOBS) --target $(FUZZ_TARGETS)
+	@mkdir -p build/fuzz/corpus-fuzz_shell build/fuzz/corpus-fuzz_library
+	@cp tests/shell/*.vx tests/shell/fuzz/seeds/*.vx examples/*.vx build/fuzz/corpus-fuzz_shell/ 2>/dev/null || true
+	@for t in $(FUZZ_TARGETS); do \
+	  dict=; [ $$t = fuzz_shell ] && dict="-max_len=4096 -dict=tests/shell/fuzz/shell.dict"; \
+	  echo "== $$t for $(FUZZ_SECONDS) s"; \
+	  build/fuzz/$$t $(FUZZ_FLAGS) $$dict build/fuzz/corpus-$$t || exit 1; \
+	done
 
 clean:
 	rm -rf build

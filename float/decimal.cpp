@@ -22,6 +22,7 @@
 
 #include "float/float_node.h"
 #include "host/node_pool.h"
+#include "host/error.h"
 
 namespace vexa {
 
@@ -138,6 +139,7 @@ ALGEB gUndefined, gPlusInfinity, gMinusInfinity, gZero;
 
 ALGEB AllocFloat(int limbs) {
   size_t bytes = offsetof(FloatNode, limbs) + sizeof(mp_limb_t) * (limbs > 0 ? limbs : 1);
+  CheckInterrupt();
   void* p = AllocAtomicPooled(bytes);
   if (p == nullptr) throw std::bad_alloc();
   return static_cast<ALGEB>(p);

@@ -4,6 +4,7 @@
 #ifndef VEXA_HOST_ERROR_H
 #define VEXA_HOST_ERROR_H
 
+#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -19,6 +20,18 @@ class HostError : public std::runtime_error {
 
 [[noreturn]] inline void Raise(const std::string& message) {
   throw HostError(message);
+}
+
+// Ctrl-C. A signal handler sets the request; the kernel honours it at its next check (each
+// node or float allocation, each level of evaluation) by throwing Interrupted. It is not a
+// HostError, so that no trap inside a computation swallows it.
+struct Interrupted {};
+extern volatile std::sig_atomic_t gInterruptRequest;
+inline void CheckInterrupt() {
+  if (gInterruptRequest) {
+    gInterruptRequest = 0;
+    throw Interrupted();
+  }
 }
 
 }  // namespace vexa

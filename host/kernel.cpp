@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <unordered_set>
 
 #include "float/float_node.h"
 #include "host/node_pool.h"
@@ -112,6 +113,37 @@ Kernel* GetKernel() {
     Setup(kernel);
   }
   return kernel;
+}
+
+volatile std::sig_atomic_t gInterruptRequest = 0;
+
+// ---- Session state ----
+
+SessionState SaveSessionState() {
+  Kernel* k = GetKernel();
+  SessionState state;
+  for (const auto& entry : k->globals) {
+    state.names.push_back(entry.second);
+    if (entry.second != k->digits && AsName(entry.second)->value != nullptr)
+      state.values.emplace_back(entry.second, AsName(entry.second)->value);
+  }
+  state.digits = VexaDigits();
+  state.random = k->random.engine;
+  return state;
+}
+
+void RestoreSessionState(const SessionState& state, bool forgetNewNames) {
+  Kernel* k = GetKernel();
+  for (const auto& entry : k->globals)
+    if (entry.second != k->digits) AsName(entry.second)->value = nullptr;
+  if (forgetNewNames && k->globals.size() > state.names.size()) {
+    std::unordered_set<ALGEB> known(state.names.begin(), state.names.end());
+    for (auto it = k->globals.begin(); it != k->globals.end();)
+      it = known.count(it->second) ? std::next(it) : k->globals.erase(it);
+  }
+  for (const auto& [name, value] : state.values) AsName(name)->value = value;
+  VexaSetDigits(state.digits);
+  k->random.engine = state.random;
 }
 
 // ---- Names ----
@@ -253,6 +285,7 @@ void CheckStack() {
 }
 
 NestingGuard::NestingGuard() {
+  CheckInterrupt();
   if (gNesting >= kMaxNesting)
     Raise("expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)");
   CheckStack();

@@ -4,10 +4,12 @@
 #ifndef VEXA_HOST_KERNEL_H
 #define VEXA_HOST_KERNEL_H
 
+#include <gc/gc_allocator.h>
 #include <stdint.h>
 
 #include <cstdio>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -146,6 +148,22 @@ ALGEB TableGet(ALGEB table, ALGEB key);  // null when absent
 void TablePut(ALGEB table, ALGEB key, ALGEB value);
 bool TableRemove(ALGEB table, ALGEB key);
 std::vector<std::pair<ALGEB, ALGEB>> TableEntries(ALGEB table);  // in insertion order
+
+// ---- Session state. ----
+// The value of every global name, Digits and the random stream, to put back later (after an
+// interrupted statement, or between independent runs). Tables and rtables are shared, not
+// copied: elements assigned in between stay assigned.
+struct SessionState {
+  std::vector<std::pair<ALGEB, ALGEB>, traceable_allocator<std::pair<ALGEB, ALGEB>>> values;
+  std::vector<ALGEB, traceable_allocator<ALGEB>> names;  // every global name
+  int digits = 10;
+  std::mt19937 random;
+};
+SessionState SaveSessionState();
+// Names assigned since become unassigned. With forgetNewNames, global names made since leave
+// the table of names (a later name of the same text is a new node), so that independent runs
+// do not pile up names: only for callers that keep no value made since.
+void RestoreSessionState(const SessionState& state, bool forgetNewNames = false);
 
 // ---- rtables (created through RTableCreate of vexa/external.h). ----
 // Elements as host values: integer data types give integers, float types floats, complex

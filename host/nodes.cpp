@@ -14,6 +14,7 @@ namespace vexa {
 
 void* AllocScanned(size_t bytes) {
   GetKernel();  // the collector is initialised with the kernel
+  CheckInterrupt();
   void* p = GC_MALLOC(bytes);
   if (p == nullptr) Raise("out of memory");
   return p;
@@ -21,6 +22,7 @@ void* AllocScanned(size_t bytes) {
 
 void* AllocAtomic(size_t bytes) {
   GetKernel();
+  CheckInterrupt();
   void* p = AllocAtomicPooled(bytes);
   if (p == nullptr) Raise("out of memory");
   return p;

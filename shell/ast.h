@@ -1,7 +1,11 @@
-// Syntax tree of the shell's language. Nodes are made with new (collected through libgccpp)
-// and never freed: procedures keep their bodies for as long as the session lives.
+// Syntax tree of the shell's language. Nodes, their child lists and their text live in
+// collected memory: a statement's tree is reclaimed once it has run, unless a procedure made
+// from it keeps its body (the procedure node points at the body node).
 #ifndef VEXA_SHELL_AST_H
 #define VEXA_SHELL_AST_H
+
+#include <gc/gc_allocator.h>
+#include <gc/gc_cpp.h>
 
 #include <string>
 #include <vector>
@@ -38,14 +42,21 @@ enum class NodeKind {
   kNull,       // an empty statement
 };
 
-struct Node {
+// Collected containers: node lists are scanned, text is atomic. A node's destructor never
+// runs, so nothing in it may own memory the collector does not manage.
+template <class T>
+using TreeVector = std::vector<T, gc_allocator<T>>;
+using TreeString = std::basic_string<char, std::char_traits<char>, gc_allocator<char>>;
+
+// Made with new: collected, scanned memory (gc's operator new).
+struct Node : public gc {
   NodeKind kind;
   Position position;
-  std::string text;  // literal text, name, operator or loop variable
-  std::vector<Node*> children;
+  TreeString text;  // literal text, name, operator or loop variable
+  TreeVector<Node*> children;
   // procedures
-  std::vector<std::string> params;
-  std::vector<std::string> locals;
+  TreeVector<TreeString> params;
+  TreeVector<TreeString> locals;
   bool arrow = false;
   // statements: printed (;) or silent (:)
   bool silent = false;

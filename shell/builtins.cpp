@@ -45,7 +45,7 @@ ALGEB Seq(Evaluator* ev, const std::string& name, Node* call) {
     RaiseIn(name,
             "seq expects its second argument to be of the form name = range or "
             "name = list");
-  const std::string& var = spec->children[0]->text;
+  std::string var(spec->children[0]->text);
   ALGEB over = ev->Evaluate(spec->children[1]);
   std::vector<ALGEB> values;
   if (IsNode(over) && TypeOf(over) == kRangeNode) {

@@ -86,7 +86,7 @@ ALGEB Arithmetic(const std::string& op, ALGEB a, ALGEB b) {
 // Operators that chain to the left without limit (a + b - c + ...): 0 for the others.
 int ChainKind(Node* n) {
   if (n->kind != NodeKind::kBinary) return 0;
-  const std::string& op = n->text;
+  const TreeString& op = n->text;
   if (op == "+" || op == "-") return 1;
   if (op == "*" || op == "/") return 2;
   if (op == "and") return 3;
@@ -107,7 +107,7 @@ std::vector<Node*> ChainLinks(Node* n) {
 
 std::string Unparse(Node* n);
 
-std::string UnparseList(const std::vector<Node*>& nodes, size_t from) {
+std::string UnparseList(const TreeVector<Node*>& nodes, size_t from) {
   std::string s;
   for (size_t i = from; i < nodes.size(); ++i) {
     if (i > from) s += ", ";
@@ -129,9 +129,9 @@ std::string Unparse(Node* n) {
     case NodeKind::kInteger:
     case NodeKind::kFloat:
     case NodeKind::kName:
-      return n->text;
+      return std::string(n->text);
     case NodeKind::kString:
-      return "\"" + n->text + "\"";
+      return "\"" + std::string(n->text) + "\"";
     case NodeKind::kIndex:
       return Unparse(n->children[0]) + "[" + UnparseList(n->children, 1) + "]";
     case NodeKind::kCall:
@@ -142,7 +142,7 @@ std::string Unparse(Node* n) {
       std::string s = Unparse(first);
       if (first->kind == NodeKind::kBinary) s = "(" + s + ")";
       for (auto it = links.rbegin(); it != links.rend(); ++it) {
-        const std::string& op = (*it)->text;
+        std::string op((*it)->text);
         std::string r = Unparse((*it)->children[1]);
         if ((*it)->children[1]->kind == NodeKind::kBinary) r = "(" + r + ")";
         bool tight = op == "^" || op == "*" || op == "/";
@@ -182,14 +182,14 @@ std::string Unparse(Node* n) {
       return s + " end if";
     }
     case NodeKind::kForFrom: {
-      std::string s = "for " + n->text;
+      std::string s = "for " + std::string(n->text);
       if (n->children[0]) s += " from " + Unparse(n->children[0]);
       if (n->children[1]) s += " by " + Unparse(n->children[1]);
       if (n->children[2]) s += " to " + Unparse(n->children[2]);
       return s + " do" + UnparseBlock(n->children[3]) + " end do";
     }
     case NodeKind::kForIn:
-      return "for " + n->text + " in " + Unparse(n->children[0]) + " do" +
+      return "for " + std::string(n->text) + " in " + Unparse(n->children[0]) + " do" +
              UnparseBlock(n->children[1]) + " end do";
     case NodeKind::kWhile:
       return "while " + Unparse(n->children[0]) + " do" + UnparseBlock(n->children[1]) + " end do";
@@ -222,9 +222,14 @@ bool Evaluator::Execute(Node* statement, std::ostream& out, std::ostream& err) {
   frames_.clear();
   callDepth_ = 0;
   loopDepth_ = 0;
+  interrupted_ = false;
   try {
     Run(statement, !statement->silent);
     return true;
+  } catch (const Interrupted&) {
+    out.flush();
+    err << "Error, interrupted\n";
+    interrupted_ = true;
   } catch (const HostError& e) {
     out.flush();
     err << "Error, " << ErrorText(e) << "\n";
@@ -282,7 +287,7 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
           int c = Compare(i, to);
           if (c == 2 || c == direction) break;
         }
-        AssignName(s->text, i);
+        AssignName(std::string(s->text), i);
         if (!RunLoopBody(s->children[3], echo, &result)) break;
       }
       return result;
@@ -292,7 +297,7 @@ ALGEB Evaluator::Run(Node* s, bool echo) {
       std::vector<ALGEB> items = ContainerItems(container);
       ALGEB result = Null();
       for (ALGEB x : items) {
-        AssignName(s->text, x);
+        AssignName(std::string(s->text), x);
         if (!RunLoopBody(s->children[1], echo, &result)) break;
       }
       return result;
@@ -397,12 +402,12 @@ void Evaluator::RestoreName(const std::string& name, ALGEB saved) {
 void Evaluator::AssignTo(Node* target, ALGEB value) {
   switch (target->kind) {
     case NodeKind::kName:
-      AssignName(target->text, value);
+      AssignName(std::string(target->text), value);
       return;
     case NodeKind::kIndex: {
       // through the name, so that an unassigned name becomes a table and a list is replaced
       Node* base = target->children[0];
-      ALGEB b = base->kind == NodeKind::kName ? NameNode(base->text) : Evaluate(base);
+      ALGEB b = base->kind == NodeKind::kName ? NameNode(std::string(base->text)) : Evaluate(base);
       if (IsName(b)) CheckAssignable(b);
       AssignIndexed(b, EvaluateArguments(target->children, 1), value);
       return;
@@ -421,7 +426,7 @@ void Evaluator::AssignTo(Node* target, ALGEB value) {
   }
 }
 
-std::vector<ALGEB> Evaluator::EvaluateArguments(const std::vector<Node*>& nodes, size_t from) {
+std::vector<ALGEB> Evaluator::EvaluateArguments(const TreeVector<Node*>& nodes, size_t from) {
   std::vector<ALGEB> values;
   for (size_t i = from; i < nodes.size(); ++i) Splice(&values, Evaluate(nodes[i]));
   return values;
@@ -431,17 +436,17 @@ ALGEB Evaluator::Evaluate(Node* e) {
   NestingGuard guard;
   switch (e->kind) {
     case NodeKind::kInteger:
-      return NewIntegerFromString(e->text);
+      return NewIntegerFromString(std::string(e->text));
     case NodeKind::kFloat:
       try {
-        return NewFloat(VexaFloatFromString(e->text));
+        return NewFloat(VexaFloatFromString(std::string(e->text)));
       } catch (const std::invalid_argument& bad) {
         RaiseFormatted(bad.what());  // an exponent beyond the float range
       }
     case NodeKind::kString:
-      return NewString(e->text);
+      return NewString(std::string(e->text));
     case NodeKind::kName:
-      return EvaluateName(e->text);
+      return EvaluateName(std::string(e->text));
     case NodeKind::kIndex:
       return EvaluateIndex(e);
     case NodeKind::kCall:
@@ -460,7 +465,7 @@ ALGEB Evaluator::Evaluate(Node* e) {
     case NodeKind::kSequence:
       return NewExpseq(EvaluateArguments(e->children, 0));
     case NodeKind::kProcedure:
-      return NewInterpretedProcedure(e, &kHooks, e->params);
+      return NewInterpretedProcedure(e, &kHooks, {e->params.begin(), e->params.end()});
     default:
       return Run(e, false);
   }
@@ -473,7 +478,7 @@ ALGEB Evaluator::EvaluateIndex(Node* e) {
 }
 
 ALGEB Evaluator::EvaluateBinary(Node* e) {
-  const std::string& op = e->text;
+  std::string op(e->text);
   if (ChainKind(e) != 0) {
     std::vector<Node*> links = ChainLinks(e);
     ALGEB value = Evaluate(links.back()->children[0]);
@@ -492,7 +497,7 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
     std::vector<ALGEB> rest;
     for (auto it = links.rbegin(); it != links.rend(); ++it) {
       ALGEB b = Evaluate((*it)->children[1]);
-      const std::string& link = (*it)->text;
+      std::string link((*it)->text);
       if (rest.empty() && IsArithmeticOperand(value) && IsArithmeticOperand(b)) {
         value = Arithmetic(link, value, b);
         continue;
@@ -520,7 +525,7 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
 ALGEB Evaluator::EvaluateCall(Node* e) {
   Node* head = e->children[0];
   if (head->kind == NodeKind::kName) {
-    const std::string& name = head->text;
+    std::string name(head->text);
     ALGEB head = NameNode(name);
     ALGEB value = Lookup(head);
     if (value == nullptr || !IsProcedure(value)) {
@@ -561,10 +566,14 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
   Frame* frame = new Frame;
   std::vector<ALGEB> values = Ops(args);
   for (size_t i = 0; i < body->params.size(); ++i) {
-    ALGEB n = frame->names[body->params[i]] = NewName(body->params[i], false);
+    std::string param(body->params[i]);
+    ALGEB n = frame->names[param] = NewName(param, false);
     if (i < values.size()) Assign(n, values[i]);
   }
-  for (const std::string& l : body->locals) frame->names[l] = NewName(l, false);
+  for (const TreeString& l : body->locals) {
+    std::string local(l);
+    frame->names[local] = NewName(local, false);
+  }
   struct Scope {
     std::vector<Frame*>* frames;
     int* depth;

@@ -30,13 +30,15 @@ class Evaluator {
   // Runs a top-level statement, printing its value unless it ends in ':'; reports an error
   // on err. Returns false if the statement failed.
   bool Execute(Node* statement, std::ostream& out, std::ostream& err);
+  // Did the last Execute end in an interrupt (Ctrl-C)?
+  bool WasInterrupted() const { return interrupted_; }
 
   // Calls an interpreted procedure (the kernel's hook lands here).
   ALGEB CallInterpreted(ALGEB proc, Node* body, ALGEB args);
 
   // Used by the builtins as well.
   ALGEB Evaluate(Node* e);
-  std::vector<ALGEB> EvaluateArguments(const std::vector<Node*>& nodes, size_t from);
+  std::vector<ALGEB> EvaluateArguments(const TreeVector<Node*>& nodes, size_t from);
   ALGEB EvaluateName(const std::string& name);
   ALGEB NameNode(const std::string& name);  // the local name, or the global one
   void AssignName(const std::string& name, ALGEB value);
@@ -64,6 +66,7 @@ class Evaluator {
   std::ostream* out_ = nullptr;
   int callDepth_ = 0;
   int loopDepth_ = 0;  // loops running in the current procedure (or at top level)
+  bool interrupted_ = false;
 };
 
 }  // namespace vexa::shell

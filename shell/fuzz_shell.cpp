@@ -1,5 +1,6 @@
 // libFuzzer target: the parser and evaluator on arbitrary text. Loops are parsed but not
-// run (an input may loop for ever), and output is discarded.
+// run (an input may loop for ever), and output is discarded. Every input starts from the
+// session state of the first: names, Digits, the random stream and infolevel.
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -31,6 +32,9 @@ bool HasLoop(const vexa::shell::Node* root) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static vexa::shell::Evaluator* evaluator = new vexa::shell::Evaluator();
+  static const vexa::SessionState* fresh = new vexa::SessionState(vexa::SaveSessionState());
+  vexa::RestoreSessionState(*fresh, true);
+  vexa::Assign(vexa::NewName("infolevel"), vexa::NewTable());
   std::string text(reinterpret_cast<const char*>(data), size);
   vexa::shell::SyntaxError lexError;
   vexa::shell::Parser parser(vexa::shell::Tokenize(text, &lexError), true);

@@ -2,11 +2,14 @@
 #include "shell/library.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 
 namespace vexa::shell {
 namespace {
@@ -72,6 +75,33 @@ Library::EntryPoint Library::Find(const std::string& name) {
   auto f = reinterpret_cast<EntryPoint>(dlsym(handle_, ("STATS_" + name + "_MP").c_str()));
   cache_[name] = f;
   return f;
+}
+
+// The dynamic string table holds the name of every exported symbol: those of the form
+// STATS_Vexa<Op>_MP that resolve in the library are its entry points.
+std::vector<std::string> Library::Exports() const {
+  std::vector<std::string> names;
+  link_map* map = nullptr;
+  if (handle_ == nullptr || dlinfo(handle_, RTLD_DI_LINKMAP, &map) != 0 || map == nullptr)
+    return names;
+  const char* table = nullptr;
+  size_t size = 0;
+  for (const ElfW(Dyn)* d = map->l_ld; d->d_tag != DT_NULL; ++d) {
+    if (d->d_tag == DT_STRTAB) {
+      ElfW(Addr) at = d->d_un.d_ptr;
+      table = reinterpret_cast<const char*>(at < map->l_addr ? at + map->l_addr : at);
+    }
+    if (d->d_tag == DT_STRSZ) size = d->d_un.d_val;
+  }
+  for (size_t i = 0; table != nullptr && i < size; i += std::strlen(table + i) + 1) {
+    std::string symbol(table + i);
+    if (symbol.size() > 13 && symbol.compare(0, 10, "STATS_Vexa") == 0 &&
+        symbol.compare(symbol.size() - 3, 3, "_MP") == 0 && dlsym(handle_, symbol.c_str()))
+      names.push_back(symbol.substr(6, symbol.size() - 9));
+  }
+  std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return names;
 }
 
 }  // namespace vexa::shell

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "vexa/external.h"
 
@@ -24,6 +25,8 @@ class Library {
   const std::string& Status() const { return status_; }
   // The entry point for a name such as "VexaNormalDeviate", or null when not exported.
   EntryPoint Find(const std::string& name);
+  // The names of every entry point the library exports (Vexa<Op>), sorted.
+  std::vector<std::string> Exports() const;
   void Terminate();
 
  private:

@@ -1,6 +1,7 @@
 // vexa: the shell. `vexa` starts a session at the terminal, `vexa FILE` runs a script,
 // `vexa -e 'TEXT'` runs statements given on the command line.
 #include <editline/readline.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 #include <sstream>
 #include <string>
 
+#include "host/error.h"
 #include "shell/session.h"
 
 namespace {
@@ -75,7 +77,18 @@ std::string HistoryFile() {
   return home != nullptr ? std::string(home) + "/.vexa_history" : std::string();
 }
 
+// Ctrl-C stops the running statement, not the session.
+void OnInterrupt(int) {
+  vexa::gInterruptRequest = 1;
+}
+
 int Interactive(vexa::shell::Session& session) {
+  struct sigaction action = {};
+  action.sa_handler = OnInterrupt;
+  sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGINT, &action, nullptr);
+  session.SetInteractive(true);
   std::cout << kVersion << ", Digits = 10. Type statements ending in ; or :, quit to leave.\n";
   if (!session.LibraryStatus().empty()) std::cout << session.LibraryStatus() << "\n";
   std::string history = HistoryFile();
@@ -90,6 +103,7 @@ int Interactive(vexa::shell::Session& session) {
     if (!text.empty()) add_history(text.c_str());
     buffer += text + "\n";
     if (!session.IsComplete(buffer)) continue;
+    vexa::gInterruptRequest = 0;  // a Ctrl-C at the prompt is not for this statement
     RunScript(session, buffer);
     buffer.clear();
   }

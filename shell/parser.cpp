@@ -9,7 +9,7 @@ namespace {
 
 Node* Make(NodeKind kind, const Token& at, std::string text = "") {
   Node* n = new Node(kind, at.position);
-  n->text = std::move(text);
+  n->text.assign(text.data(), text.size());
   return n;
 }
 
@@ -276,11 +276,11 @@ Node* Parser::Arrow() {
   Node* n = Make(NodeKind::kProcedure, Peek());
   n->arrow = true;
   if (Peek().kind == TokenKind::kName) {
-    n->params.push_back(Next().text);
+    n->params.emplace_back(Next().text);
   } else {
     Next();  // (
     while (!IsSymbol(")")) {
-      n->params.push_back(Next().text);
+      n->params.emplace_back(Next().text);
       Accept(",");
     }
     Next();  // )
@@ -459,7 +459,7 @@ Node* Parser::ProcedureExpression() {
   Expect("(", "\"(\"");
   while (!IsSymbol(")")) {
     if (Peek().kind != TokenKind::kName) Unexpected(Peek(), "a parameter name");
-    n->params.push_back(Next().text);
+    n->params.emplace_back(Next().text);
     // a type annotation (x::numeric) is not part of the language
     if (!IsSymbol(")")) Expect(",", "\",\" or \")\"");
   }
@@ -469,7 +469,7 @@ Node* Parser::ProcedureExpression() {
     if (Accept("local")) {
       do {
         if (Peek().kind != TokenKind::kName) Unexpected(Peek(), "a local name");
-        n->locals.push_back(Next().text);
+        n->locals.emplace_back(Next().text);
       } while (Accept(","));
       Expect(";", "\";\"");
     } else if (IsKeyword("option") || IsKeyword("options") || IsKeyword("global")) {

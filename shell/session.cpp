@@ -2,6 +2,7 @@
 #include "shell/session.h"
 
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 #include "shell/builtins.h"
@@ -83,7 +84,13 @@ bool Session::Run(const std::string& text) {
       parser.Recover();
       continue;
     }
+    std::optional<SessionState> before;
+    if (interactive_) before = SaveSessionState();
     ok = evaluator_->Execute(statement, std::cout, std::cerr) && ok;
+    if (before && evaluator_->WasInterrupted()) {
+      RestoreSessionState(*before);
+      return false;
+    }
   }
   if (!lexed) {
     ReportSyntax(lexError, text);

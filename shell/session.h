@@ -25,10 +25,14 @@ class Session {
   // Empty when the statistics library is loaded; otherwise why it is not.
   const std::string& LibraryStatus() const;
   void Close();
+  // An interactive session puts Digits, every name and the random stream back as they were
+  // before a statement that is interrupted (Ctrl-C), and drops the statements after it.
+  void SetInteractive(bool interactive) { interactive_ = interactive; }
 
  private:
   std::unique_ptr<Library> library_;
   std::unique_ptr<Evaluator> evaluator_;
+  bool interactive_ = false;
 };
 
 }  // namespace vexa::shell

@@ -202,6 +202,35 @@ TEST_F(ServicesTest, RandomSource) {
   }
 }
 
+// What a session state puts back: values of names (unassigning those assigned since), Digits
+// and the random stream; not what was done inside a shared table.
+TEST_F(ServicesTest, SessionStateSavedAndRestored) {
+  ALGEB kept = N("kept");
+  Assign(kept, I(1));
+  Unassign(N("later"));
+  Assign(N("table"), NewTable());
+  int digits = VexaDigits();
+  SessionState state = SaveSessionState();
+  uint32_t next = NextRandomWord();
+  Assign(N("kept"), I(2));
+  Assign(N("later"), I(3));
+  AssignIndexed(N("table"), {I(1)}, I(4));
+  Assign(N("Digits"), I(digits + 7));
+  RestoreSessionState(state);
+  EXPECT_EQ(Lookup(N("kept")), I(1));
+  EXPECT_EQ(Lookup(N("later")), nullptr);
+  EXPECT_EQ(TableGet(Lookup(N("table")), I(1)), I(4));
+  EXPECT_EQ(VexaDigits(), digits);
+  EXPECT_EQ(NextRandomWord(), next);
+  ALGEB made = N("madeSince");
+  RestoreSessionState(state, true);
+  EXPECT_NE(N("madeSince"), made);
+  EXPECT_EQ(N("kept"), kept);  // names known before stay, with their values
+  EXPECT_EQ(Lookup(kept), I(1));
+  Unassign(N("kept"));
+  Unassign(N("table"));
+}
+
 TEST_F(ServicesTest, UserInfo) {
   std::FILE* out = std::tmpfile();
   SetInfoStream(out);
