@@ -263,18 +263,16 @@ TEST(DiscreteDistributions, BinomialVariatesFitAndRepeat) {
 TEST(DiscreteDistributions, SearchAndClosedFormVariatesFit) {
   VexaDigitsScope digits(10);
   vexa::SeedRandom(31);
-  const int n = 100000, searched = 10000;
+  const int n = 100000;
   const VexaFloat lambda = F("6.5"), r = F("2.5"), q = F("0.4");
-  auto poisson = Draw(searched, [&] { return STATS_PoissonRandomVariate_MP(Kv(), lambda); });
+  auto poisson = Draw(n, [&] { return STATS_PoissonRandomVariate_MP(Kv(), lambda); });
   ExpectFits("poisson 6.5", poisson,
              [&](long k) { return STATS_PoissonProbability_MP(Kv(), VexaFloat(k), lambda); });
-  auto hyper =
-      Draw(searched, [] { return STATS_HypergeometricRandomVariate_MP(Kv(), 50, 20, 15); });
+  auto hyper = Draw(n, [] { return STATS_HypergeometricRandomVariate_MP(Kv(), 50, 20, 15); });
   ExpectFits("hypergeometric 50 20 15", hyper, [](long k) {
     return STATS_HypergeometricProbability_MP(Kv(), VexaFloat(k), 50, 20, 15);
   });
-  auto negative =
-      Draw(searched, [&] { return STATS_NegativeBinomialRandomVariate_MP(Kv(), r, q); });
+  auto negative = Draw(n, [&] { return STATS_NegativeBinomialRandomVariate_MP(Kv(), r, q); });
   ExpectFits("negative binomial 2.5 0.4", negative, [&](long k) {
     return STATS_NegativeBinomialProbability_MP(Kv(), VexaFloat(k), r, q);
   });
