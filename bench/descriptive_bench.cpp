@@ -5,10 +5,10 @@
 #include <mpfr.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "bench/data_support.h"
 #include "host/kernel.h"
 #include "stats/descriptive/descriptive.h"
 #include "stats/frame/frame.h"
@@ -19,51 +19,13 @@ constexpr int kDigits = 20;
 constexpr int kCount = 1000000;
 constexpr mpfr_prec_t kBits = 67;  // 20 decimal digits
 
-// kCount decimals 0.d1...d20 with random digits, the same on every run.
 const std::vector<std::string>& Decimals() {
-  static const std::vector<std::string> texts = [] {
-    std::mt19937_64 rng(20);
-    std::vector<std::string> t;
-    t.reserve(kCount);
-    for (int i = 0; i < kCount; ++i) {
-      std::string s = "0.";
-      for (int d = 0; d < kDigits; ++d) s += static_cast<char>('0' + rng() % 10);
-      t.push_back(s);
-    }
-    return t;
-  }();
+  static const std::vector<std::string> texts = bench_data::Decimals(kCount, kDigits, 20);
   return texts;
 }
 
-VexaKernelVector Kernel() {
-  static VexaKernelVector kv = [] {
-    VexaKernelVector k = vexa::GetKernel();
-    STATS_StatsInitialize_MP(k, vexa::Null());
-    return k;
-  }();
-  return kv;
-}
-
-// A protected sfloat array 1 .. n, every element 0.
-ALGEB SfloatArray(int n) {
-  VexaKernelVector kv = Kernel();
-  RTableSettings s;
-  RTableGetDefaults(kv, &s);
-  s.num_dimensions = 1;
-  s.data_type = RTABLE_DAG;
-  s.element_type = ToVexaName(kv, "sfloat", 1);
-  M_INT bounds[2] = {1, n};
-  ALGEB a = RTableCreate(kv, &s, nullptr, bounds);
-  VexaGcProtect(kv, a);
-  return a;
-}
-
 ALGEB SampleArray() {
-  VexaKernelVector kv = Kernel();
-  ALGEB a = SfloatArray(kCount);
-  auto* data = static_cast<VexaFloat*>(RTableDataBlock(kv, a));
-  for (int i = 0; i < kCount; ++i) data[i] = VexaFloatFromString(Decimals()[i]);
-  return a;
+  return bench_data::SfloatArray(Decimals());
 }
 
 ALGEB NineProbabilities() {
@@ -74,17 +36,18 @@ ALGEB NineProbabilities() {
 
 void VexaMedian(benchmark::State& state) {
   VexaDigitsScope digits(kDigits);
-  VexaKernelVector kv = Kernel();
-  ALGEB args = vexa::NewExpseq({SampleArray(), SfloatArray(0), vexa::False(), vexa::False()});
+  VexaKernelVector kv = bench_data::Kernel();
+  ALGEB args =
+      vexa::NewExpseq({SampleArray(), bench_data::SfloatArray({}), vexa::False(), vexa::False()});
   VexaGcProtect(kv, args);
   for (auto _ : state) benchmark::DoNotOptimize(STATS_VexaMedian_MP(kv, args));
 }
 
 void VexaQuantiles(benchmark::State& state) {
   VexaDigitsScope digits(kDigits);
-  VexaKernelVector kv = Kernel();
-  ALGEB args = vexa::NewExpseq({SampleArray(), NineProbabilities(), SfloatArray(0), vexa::False(),
-                                vexa::NewInteger(6), vexa::False()});
+  VexaKernelVector kv = bench_data::Kernel();
+  ALGEB args = vexa::NewExpseq({SampleArray(), NineProbabilities(), bench_data::SfloatArray({}),
+                                vexa::False(), vexa::NewInteger(6), vexa::False()});
   VexaGcProtect(kv, args);
   for (auto _ : state) benchmark::DoNotOptimize(STATS_VexaQuantile_MP(kv, args));
 }

@@ -5,10 +5,10 @@
 #include <benchmark/benchmark.h>
 #include <mpfr.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
+#include "bench/data_support.h"
 #include "host/kernel.h"
 #include "stats/descriptive/descriptive.h"
 #include "stats/frame/frame.h"
@@ -21,43 +21,12 @@ mpfr_prec_t Bits(int digits) {
   return static_cast<mpfr_prec_t>(digits * 3.3219280948873623) + 1;
 }
 
-// kCount decimals 0.d1...dD with random digits, the same on every run.
 std::vector<std::string> Decimals(int digits) {
-  std::mt19937_64 rng(digits);
-  std::vector<std::string> t;
-  t.reserve(kCount);
-  for (int i = 0; i < kCount; ++i) {
-    std::string s = "0.";
-    for (int d = 0; d < digits; ++d) s += static_cast<char>('0' + rng() % 10);
-    t.push_back(s);
-  }
-  return t;
+  return bench_data::Decimals(kCount, digits, digits);
 }
 
-VexaKernelVector Kernel() {
-  static VexaKernelVector kv = [] {
-    VexaKernelVector k = vexa::GetKernel();
-    STATS_StatsInitialize_MP(k, vexa::Null());
-    return k;
-  }();
-  return kv;
-}
-
-// A protected sfloat array 1 .. n of the given values.
-ALGEB SfloatArray(const std::vector<std::string>& values) {
-  VexaKernelVector kv = Kernel();
-  RTableSettings s;
-  RTableGetDefaults(kv, &s);
-  s.num_dimensions = 1;
-  s.data_type = RTABLE_DAG;
-  s.element_type = ToVexaName(kv, "sfloat", 1);
-  M_INT bounds[2] = {1, static_cast<M_INT>(values.size())};
-  ALGEB a = RTableCreate(kv, &s, nullptr, bounds);
-  VexaGcProtect(kv, a);
-  auto* data = static_cast<VexaFloat*>(RTableDataBlock(kv, a));
-  for (size_t i = 0; i < values.size(); ++i) data[i] = VexaFloatFromString(values[i]);
-  return a;
-}
+using bench_data::Kernel;
+using bench_data::SfloatArray;
 
 void VexaMean(benchmark::State& state) {
   const int digits = static_cast<int>(state.range(0));
