@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -33,26 +31,62 @@ long L(const VexaFloat& x) {
   return STATS_DoubleToInteger_MP(x);
 }
 
-const std::map<std::string, std::function<VexaFloat(const Args&)>> kProbabilities = {
-    {"BinomialProbability",
-     [](const Args& a) { return STATS_BinomialProbability_MP(Kv(), a[0], L(a[1]), a[2]); }},
-    {"HypergeometricProbability",
-     [](const Args& a) {
-       return STATS_HypergeometricProbability_MP(Kv(), a[0], L(a[1]), L(a[2]), L(a[3]));
-     }},
-    {"PoissonProbability",
-     [](const Args& a) { return STATS_PoissonProbability_MP(Kv(), a[0], a[1]); }},
-    {"NegativeBinomialProbability",
-     [](const Args& a) { return STATS_NegativeBinomialProbability_MP(Kv(), a[0], a[1], a[2]); }},
-};
+// Each law by name, its parameters in a.
+VexaFloat Probability(const std::string& law, const VexaFloat& x, const Args& a) {
+  if (law == "Binomial") return STATS_BinomialProbability_MP(Kv(), x, L(a[0]), a[1]);
+  if (law == "Hypergeometric")
+    return STATS_HypergeometricProbability_MP(Kv(), x, L(a[0]), L(a[1]), L(a[2]));
+  if (law == "Poisson") return STATS_PoissonProbability_MP(Kv(), x, a[0]);
+  if (law == "NegativeBinomial") return STATS_NegativeBinomialProbability_MP(Kv(), x, a[0], a[1]);
+  if (law == "Geometric") return STATS_GeometricProbability_MP(Kv(), x, a[0]);
+  if (law == "DiscreteUniform")
+    return STATS_DiscreteUniformProbability_MP(Kv(), x, L(a[0]), L(a[1]));
+  if (law == "Bernoulli") return x < 0 ? VexaFloat(0) : x < 1 ? 1 - a[0] : VexaFloat(1);
+  ADD_FAILURE() << law;
+  return 0;
+}
+
+long Deviate(const std::string& law, const VexaFloat& p, const Args& a) {
+  if (law == "Binomial") return STATS_BinomialDeviate_MP(Kv(), p, L(a[0]), a[1]);
+  if (law == "Hypergeometric")
+    return STATS_HypergeometricDeviate_MP(Kv(), p, L(a[0]), L(a[1]), L(a[2]));
+  if (law == "Poisson") return STATS_PoissonDeviate_MP(Kv(), p, a[0]);
+  if (law == "NegativeBinomial") return STATS_NegativeBinomialDeviate_MP(Kv(), p, a[0], a[1]);
+  if (law == "Geometric") return STATS_GeometricDeviate_MP(Kv(), p, a[0]);
+  if (law == "DiscreteUniform") return STATS_DiscreteUniformDeviate_MP(Kv(), p, L(a[0]), L(a[1]));
+  if (law == "Bernoulli") return STATS_BernoulliDeviate_MP(Kv(), p, a[0]);
+  ADD_FAILURE() << law;
+  return 0;
+}
+
+VexaFloat Variate(const std::string& law, const Args& a) {
+  if (law == "Binomial") return STATS_BinomialRandomVariate_MP(Kv(), L(a[0]), a[1]);
+  if (law == "Hypergeometric")
+    return STATS_HypergeometricRandomVariate_MP(Kv(), L(a[0]), L(a[1]), L(a[2]));
+  if (law == "Poisson") return STATS_PoissonRandomVariate_MP(Kv(), a[0]);
+  if (law == "NegativeBinomial") return STATS_NegativeBinomialRandomVariate_MP(Kv(), a[0], a[1]);
+  if (law == "Geometric") return STATS_GeometricRandomVariate_MP(Kv(), a[0]);
+  if (law == "DiscreteUniform")
+    return STATS_DiscreteUniformRandomVariate_MP(Kv(), L(a[0]), L(a[1]));
+  if (law == "Bernoulli") return STATS_BernoulliRandomVariate_MP(Kv(), a[0]);
+  ADD_FAILURE() << law;
+  return 0;
+}
+
+std::string Name(const std::string& law, const Args& a) {
+  std::string name = law;
+  for (const VexaFloat& x : a) name += " " + Text(x);
+  return name;
+}
 
 TEST(DiscreteDistributions, ProbabilitiesMatchReferenceValues) {
   int cases = 0;
   for (const vexa_test::Case& c : vexa_test::ReadCases("discrete_distributions.txt")) {
     VexaDigitsScope digits(c.digits);
     Args args;
-    for (const std::string& a : c.args) args.push_back(F(a));
-    const VexaFloat got = kProbabilities.at(c.op)(args);
+    for (size_t i = 1; i < c.args.size(); ++i) args.push_back(F(c.args[i]));
+    const std::string law = c.op.substr(0, c.op.size() - std::string("Probability").size());
+    const VexaFloat got = Probability(law, F(c.args[0]), args);
     EXPECT_EQ(Text(got), Text(F(c.expected) + VexaFloat(0))) << "line " << c.line << " " << c.op;
     ++cases;
   }
@@ -60,80 +94,77 @@ TEST(DiscreteDistributions, ProbabilitiesMatchReferenceValues) {
 }
 
 // A deviate and its probability: P(d - 1) < p <= P(d).
-struct Law {
-  std::string name;
-  long lowest;  // the smallest point of the support
-  std::function<long(const VexaFloat&)> deviate;
-  std::function<VexaFloat(long)> probability;
-};
-
-std::vector<Law> Laws() {
-  return {
-      {"binomial 40 0.3", 0,
-       [](const VexaFloat& p) { return STATS_BinomialDeviate_MP(Kv(), p, 40, F("0.3")); },
-       [](long k) { return STATS_BinomialProbability_MP(Kv(), VexaFloat(k), 40, F("0.3")); }},
-      {"binomial 10^6 0.01", 0,
-       [](const VexaFloat& p) { return STATS_BinomialDeviate_MP(Kv(), p, 1000000, F("0.01")); },
-       [](long k) { return STATS_BinomialProbability_MP(Kv(), VexaFloat(k), 1000000, F("0.01")); }},
-      {"poisson 0.4", 0,
-       [](const VexaFloat& p) { return STATS_PoissonDeviate_MP(Kv(), p, F("0.4")); },
-       [](long k) { return STATS_PoissonProbability_MP(Kv(), VexaFloat(k), F("0.4")); }},
-      {"poisson 250", 0,
-       [](const VexaFloat& p) { return STATS_PoissonDeviate_MP(Kv(), p, F("250")); },
-       [](long k) { return STATS_PoissonProbability_MP(Kv(), VexaFloat(k), F("250")); }},
-      {"hypergeometric 60 25 30", 0,
-       [](const VexaFloat& p) { return STATS_HypergeometricDeviate_MP(Kv(), p, 60, 25, 30); },
-       [](long k) { return STATS_HypergeometricProbability_MP(Kv(), VexaFloat(k), 60, 25, 30); }},
-      {"negative binomial 3.5 0.2", 0,
-       [](const VexaFloat& p) {
-         return STATS_NegativeBinomialDeviate_MP(Kv(), p, F("3.5"), F("0.2"));
-       },
-       [](long k) {
-         return STATS_NegativeBinomialProbability_MP(Kv(), VexaFloat(k), F("3.5"), F("0.2"));
-       }},
-      {"geometric 0.15", 0,
-       [](const VexaFloat& p) { return STATS_GeometricDeviate_MP(Kv(), p, F("0.15")); },
-       [](long k) { return STATS_GeometricProbability_MP(Kv(), VexaFloat(k), F("0.15")); }},
-      {"discrete uniform -3 7", -3,
-       [](const VexaFloat& p) { return STATS_DiscreteUniformDeviate_MP(Kv(), p, -3, 7); },
-       [](long k) { return STATS_DiscreteUniformProbability_MP(Kv(), VexaFloat(k), -3, 7); }},
-  };
-}
-
 TEST(DiscreteDistributions, DeviatesInvertProbabilities) {
+  struct Row {
+    const char* law;
+    Args params;
+    long lowest;  // the smallest point of the support
+  };
+  const std::vector<Row> rows = {
+      {"Binomial", {40, F("0.3")}, 0},     {"Binomial", {1000000, F("0.01")}, 0},
+      {"Poisson", {F("0.4")}, 0},          {"Poisson", {250}, 0},
+      {"Hypergeometric", {60, 25, 30}, 0}, {"NegativeBinomial", {F("3.5"), F("0.2")}, 0},
+      {"Geometric", {F("0.15")}, 0},       {"DiscreteUniform", {-3, 7}, -3},
+  };
   for (int digits : {10, 40}) {
     VexaDigitsScope scope(digits);
-    for (const Law& law : Laws()) {
+    for (const Row& r : rows) {
       for (const char* text :
            {"1e-9", "0.001", "0.05", "0.2", "0.5", "0.61", "0.9", "0.999", "0.9999999"}) {
         const VexaFloat p = F(text);
-        const long d = law.deviate(p);
+        const long d = Deviate(r.law, p, r.params);
+        SCOPED_TRACE(Name(r.law, r.params) + " p " + text + " d " + std::to_string(d));
         // Below the support the library-backed laws refuse the point.
-        if (d > law.lowest) {
-          EXPECT_LT(law.probability(d - 1), p) << law.name << " p " << text << " d " << d;
-        }
-        EXPECT_GE(law.probability(d), p) << law.name << " p " << text << " d " << d;
+        if (d > r.lowest) EXPECT_LT(Probability(r.law, VexaFloat(d - 1), r.params), p);
+        EXPECT_GE(Probability(r.law, VexaFloat(d), r.params), p);
       }
     }
   }
 }
 
-TEST(DiscreteDistributions, EdgesOfTheSearches) {
+// The range guards (the library would refuse L > N if it were called), the floor of a fractional
+// point (the Poisson probability truncates), the search ends, and the closed forms with the
+// Bernoulli deviate's test p > 1 - q against the variate's u <= q.
+TEST(DiscreteDistributions, EdgesOfTheSearchesAndClosedForms) {
   VexaDigitsScope digits(10);
-  // Range guards: the library would refuse these parameters (L > N) if it were called.
-  EXPECT_EQ(Text(STATS_HypergeometricProbability_MP(Kv(), F("-0.5"), 3, 4, 2)), "0.");
-  EXPECT_EQ(Text(STATS_HypergeometricProbability_MP(Kv(), F("2.5"), 3, 4, 2)), "1.");
-  EXPECT_EQ(Text(STATS_HypergeometricProbability_MP(Kv(), F("4.5"), 3, 4, 9)), "1.");
-  EXPECT_EQ(STATS_HypergeometricDeviate_MP(Kv(), VexaFloat(1.0), 3, 4, 2), 2);
-  EXPECT_EQ(STATS_HypergeometricDeviate_MP(Kv(), VexaFloat(1.0), 60, 25, 30), 25);
-  // The floor of a fractional point; the Poisson probability truncates instead.
-  EXPECT_EQ(STATS_BinomialProbability_MP(Kv(), F("2.7"), 10, F("0.3")),
-            STATS_BinomialProbability_MP(Kv(), VexaFloat(2), 10, F("0.3")));
-  EXPECT_EQ(STATS_PoissonProbability_MP(Kv(), F("-0.5"), F("2")),
-            STATS_PoissonProbability_MP(Kv(), VexaFloat(0), F("2")));
-  // lambda below 1: the search starts its right end at 1, not at the left barrier 0.
-  EXPECT_EQ(STATS_PoissonDeviate_MP(Kv(), F("0.5"), F("0.4")), 0);
-  EXPECT_EQ(STATS_PoissonDeviate_MP(Kv(), F("0.95"), F("0.4")), 2);
+  const VexaFloat q = F("0.3");
+  struct Row {
+    const char* law;
+    const char* at;
+    Args params;
+    const char* want;  // a probability, or a deviate when it has no point
+  };
+  for (const Row& r : std::vector<Row>{
+           {"Hypergeometric", "-0.5", {3, 4, 2}, "0."},
+           {"Hypergeometric", "2.5", {3, 4, 2}, "1."},
+           {"Hypergeometric", "4.5", {3, 4, 9}, "1."},
+           {"Hypergeometric", "1", {3, 4, 2}, "2"},
+           {"Hypergeometric", "1", {60, 25, 30}, "25"},
+           {"Geometric", "-1", {q}, "0."},
+           {"Geometric", "-2", {q}, "-0.428571429"},
+           {"Geometric", "1.5", {q}, "0.51"},
+           {"Geometric", "0", {q}, "0"},
+           {"DiscreteUniform", "4.5", {3, 7}, "0.4"},
+           {"DiscreteUniform", "2.9", {3, 7}, "0."},
+           {"DiscreteUniform", "7.1", {3, 7}, "1."},
+           {"DiscreteUniform", "0", {3, 7}, "3"},
+           {"DiscreteUniform", "1", {3, 7}, "7"},
+           {"Bernoulli", "0.7", {q}, "0"},
+           {"Bernoulli", "0.7000000001", {q}, "1"},
+           // lambda below 1: the search starts its right end at 1, not at the left barrier 0
+           {"Poisson", "0.5", {F("0.4")}, "0"},
+           {"Poisson", "0.95", {F("0.4")}, "2"}}) {
+    const bool deviate = std::string(r.want).find('.') == std::string::npos;
+    EXPECT_EQ(deviate ? std::to_string(Deviate(r.law, F(r.at), r.params))
+                      : Text(Probability(r.law, F(r.at), r.params)),
+              r.want)
+        << r.law << " at " << r.at;
+  }
+  EXPECT_EQ(Probability("Binomial", F("2.7"), {10, q}), Probability("Binomial", 2, {10, q}));
+  EXPECT_EQ(Probability("Poisson", F("-0.5"), {2}), Probability("Poisson", 0, {2}));
+  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 0, q)), "0.7");
+  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 1, q)), "0.3");
+  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 2, q)), "0.");
   // The library's own failure reaches the host.
   EXPECT_NE(ErrorOf([] { STATS_BinomialProbability_MP(Kv(), F("2"), 10, F("1.5")); }), "no error");
 }
@@ -157,40 +188,22 @@ TEST(DiscreteDistributions, IterationLimitFromTheHost) {
   EXPECT_EQ(STATS_BinomialDeviate_MP(Kv(), F("0.5"), 1000, F("0.3")), 300);
 }
 
-TEST(DiscreteDistributions, ClosedForms) {
-  VexaDigitsScope digits(10);
-  const VexaFloat q = F("0.3");
-  // Bernoulli: the mass, and the deviate's test p > 1 - q against the variate's u <= q.
-  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 0, q)), "0.7");
-  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 1, q)), "0.3");
-  EXPECT_EQ(Text(STATS_BernoulliProbability_MP(Kv(), 2, q)), "0.");
-  EXPECT_EQ(STATS_BernoulliDeviate_MP(Kv(), F("0.7"), q), 0);
-  EXPECT_EQ(STATS_BernoulliDeviate_MP(Kv(), F("0.7000000001"), q), 1);
-  EXPECT_EQ(STATS_GeometricDeviate_MP(Kv(), VexaFloat(0.0), q), 0);
-  EXPECT_EQ(Text(STATS_GeometricProbability_MP(Kv(), F("-1"), q)), "0.");
-  EXPECT_EQ(Text(STATS_GeometricProbability_MP(Kv(), F("-2"), q)), "-0.428571429");
-  EXPECT_EQ(Text(STATS_GeometricProbability_MP(Kv(), F("1.5"), q)), "0.51");
-  EXPECT_EQ(STATS_DiscreteUniformDeviate_MP(Kv(), VexaFloat(0.0), 3, 7), 3);
-  EXPECT_EQ(STATS_DiscreteUniformDeviate_MP(Kv(), VexaFloat(1.0), 3, 7), 7);
-  EXPECT_EQ(Text(STATS_DiscreteUniformProbability_MP(Kv(), F("4.5"), 3, 7)), "0.4");
-  EXPECT_EQ(Text(STATS_DiscreteUniformProbability_MP(Kv(), F("2.9"), 3, 7)), "0.");
-  EXPECT_EQ(Text(STATS_DiscreteUniformProbability_MP(Kv(), F("7.1"), 3, 7)), "1.");
-}
-
-// Pearson's statistic of the draws against the law's distribution function F, over at most
-// 80 cells of equal width between the least and the greatest draw (the outer ones open), neighbours
+// Pearson's statistic of n draws against the law's distribution function, over at most maxCells
+// cells of equal width between the least and the greatest draw (the outer ones open), neighbours
 // pooled until each expects 10 draws; compared with the chi-square quantile at 1 - 10^-6.
-void ExpectFits(const std::string& name, std::vector<long> draws,
-                const std::function<VexaFloat(long)>& cdf, long maxCells = 80) {
+void ExpectFits(const std::string& law, const Args& params, int n, long maxCells = 80) {
+  const std::string name = Name(law, params) + " at Digits " + std::to_string(VexaDigits());
+  std::vector<long> draws;
+  for (int i = 0; i < n; ++i) draws.push_back(L(Variate(law, params)));
   std::sort(draws.begin(), draws.end());
   const long lo = draws.front(), hi = draws.back();
-  const double n = static_cast<double>(draws.size());
   const long stride = std::max(1L, (hi - lo + 1) / maxCells);
   double statistic = 0, expected = 0, observed = 0, previousF = 0, previousCount = 0;
   int cells = 0;
   for (long cut = lo + stride - 1;; cut += stride) {
     const bool last = cut >= hi;
-    const double f = last ? 1.0 : std::stod(Text(cdf(cut) + VexaFloat(0)));
+    const double f =
+        last ? 1.0 : std::stod(Text(Probability(law, VexaFloat(cut), params) + VexaFloat(0)));
     const double count =
         last ? n : std::upper_bound(draws.begin(), draws.end(), cut) - draws.begin();
     expected += (f - previousF) * n;
@@ -212,38 +225,23 @@ void ExpectFits(const std::string& name, std::vector<long> draws,
               name.c_str(), statistic, cells - 1, bound);
 }
 
-std::vector<long> Draw(int n, const std::function<VexaFloat()>& variate) {
-  std::vector<long> out;
-  out.reserve(n);
-  for (int i = 0; i < n; ++i) out.push_back(L(variate()));
-  return out;
-}
-
 TEST(DiscreteDistributions, BinomialVariatesFitAndRepeat) {
-  VexaDigitsScope digits(15);
   vexa::SeedRandom(2026);
   struct Case {
     long n;
     const char* q;
     int draws;
     long cells;  // each cell costs a distribution function of up to sd sqrt(Digits) terms
+    int digits;
   };
-  for (const Case& c :
-       {Case{20, "0.3", 100000, 80}, Case{1000, "0.3", 100000, 80},
-        Case{1000000, "0.3", 100000, 40}, Case{150, "0.93", 100000, 80},
-        Case{1000000000, "0.0000000045", 20000, 80}, Case{1000000000, "0.3", 20000, 16}}) {
-    const VexaFloat q = F(c.q);
-    const auto draws = Draw(c.draws, [&] { return STATS_BinomialRandomVariate_MP(Kv(), c.n, q); });
-    ExpectFits(
-        "binomial " + std::to_string(c.n) + " " + c.q, draws,
-        [&](long k) { return STATS_BinomialProbability_MP(Kv(), VexaFloat(k), c.n, q); }, c.cells);
+  for (const Case& c : {Case{20, "0.3", 100000, 80, 15}, Case{1000, "0.3", 100000, 80, 15},
+                        Case{1000000, "0.3", 100000, 40, 15}, Case{150, "0.93", 100000, 80, 15},
+                        Case{1000000000, "0.0000000045", 20000, 80, 15},
+                        Case{1000000000, "0.3", 20000, 16, 15}, Case{500, "0.4", 20000, 80, 50}}) {
+    VexaDigitsScope digits(c.digits);
+    ExpectFits("Binomial", {VexaFloat(c.n), F(c.q)}, c.draws, c.cells);
   }
-  VexaDigitsScope wide(50);
-  const auto draws =
-      Draw(20000, [] { return STATS_BinomialRandomVariate_MP(Kv(), 500, F("0.4")); });
-  ExpectFits("binomial 500 0.4 at Digits 50", draws, [](long k) {
-    return STATS_BinomialProbability_MP(Kv(), VexaFloat(k), 500, F("0.4"));
-  });
+  VexaDigitsScope digits(50);
   // The sample entry, set up once, draws what as many variate calls draw.
   for (const char* q : {"0.3", "0.999", "0.004"}) {
     vexa::SeedRandom(77);
@@ -263,27 +261,13 @@ TEST(DiscreteDistributions, BinomialVariatesFitAndRepeat) {
 TEST(DiscreteDistributions, SearchAndClosedFormVariatesFit) {
   VexaDigitsScope digits(10);
   vexa::SeedRandom(31);
-  const int n = 100000;
-  const VexaFloat lambda = F("6.5"), r = F("2.5"), q = F("0.4");
-  auto poisson = Draw(n, [&] { return STATS_PoissonRandomVariate_MP(Kv(), lambda); });
-  ExpectFits("poisson 6.5", poisson,
-             [&](long k) { return STATS_PoissonProbability_MP(Kv(), VexaFloat(k), lambda); });
-  auto hyper = Draw(n, [] { return STATS_HypergeometricRandomVariate_MP(Kv(), 50, 20, 15); });
-  ExpectFits("hypergeometric 50 20 15", hyper, [](long k) {
-    return STATS_HypergeometricProbability_MP(Kv(), VexaFloat(k), 50, 20, 15);
-  });
-  auto negative = Draw(n, [&] { return STATS_NegativeBinomialRandomVariate_MP(Kv(), r, q); });
-  ExpectFits("negative binomial 2.5 0.4", negative, [&](long k) {
-    return STATS_NegativeBinomialProbability_MP(Kv(), VexaFloat(k), r, q);
-  });
-  auto geometric = Draw(n, [&] { return STATS_GeometricRandomVariate_MP(Kv(), q); });
-  ExpectFits("geometric 0.4", geometric,
-             [&](long k) { return STATS_GeometricProbability_MP(Kv(), VexaFloat(k), q); });
-  auto uniform = Draw(n, [] { return STATS_DiscreteUniformRandomVariate_MP(Kv(), -2, 9); });
-  ExpectFits("discrete uniform -2 9", uniform,
-             [](long k) { return STATS_DiscreteUniformProbability_MP(Kv(), VexaFloat(k), -2, 9); });
-  auto bernoulli = Draw(n, [&] { return STATS_BernoulliRandomVariate_MP(Kv(), q); });
-  ExpectFits("bernoulli 0.4", bernoulli, [&](long k) { return k == 0 ? 1 - q : VexaFloat(1); });
+  const VexaFloat q = F("0.4");
+  ExpectFits("Poisson", {F("6.5")}, 100000);
+  ExpectFits("Hypergeometric", {50, 20, 15}, 100000);
+  ExpectFits("NegativeBinomial", {F("2.5"), q}, 100000);
+  ExpectFits("Geometric", {q}, 100000);
+  ExpectFits("DiscreteUniform", {-2, 9}, 100000);
+  ExpectFits("Bernoulli", {q}, 100000);
 }
 
 // Empirical entries over host arrays: the method-1 quantile of the data left after missing
@@ -294,29 +278,21 @@ TEST(DiscreteDistributions, EmpiricalEntries) {
     return entry(Kv(), vexa::NewExpseq(args));
   };
   auto flag = [](bool b) { return ToVexaBoolean(Kv(), b); };
-  ALGEB data = SfloatRTable({"4", "1", "U", "3", "2"}), full = SfloatRTable({"4", "1", "3", "2"});
   ALGEB none = SfloatRTable({});
-  const std::string before = Print(data);
-  EXPECT_EQ(
-      Print(call(STATS_VexaEmpiricalDeviate_MP, {F("0.5").Handle(), data, none, flag(false)})),
-      "2.");
-  EXPECT_EQ(Print(data), before);
+  auto deviate = [&](const char* p, ALGEB data, ALGEB weights, bool inPlace) {
+    return Print(
+        call(STATS_VexaEmpiricalDeviate_MP, {F(p).Handle(), data, weights, flag(inPlace)}));
+  };
+  ALGEB data = SfloatRTable({"4", "1", "U", "3", "2"}), full = SfloatRTable({"4", "1", "3", "2"});
+  const std::string before = Print(data), fullBefore = Print(full);
+  EXPECT_EQ(deviate("0.5", data, none, false), "2.");
   // In place only when nothing is missing: the caller's array is then reordered.
-  EXPECT_EQ(
-      Print(call(STATS_VexaEmpiricalDeviate_MP, {F("0.51").Handle(), data, none, flag(true)})),
-      "3.");
+  EXPECT_EQ(deviate("0.51", data, none, true), "3.");
   EXPECT_EQ(Print(data), before);
-  const std::string fullBefore = Print(full);
-  EXPECT_EQ(
-      Print(call(STATS_VexaEmpiricalDeviate_MP, {F("0.51").Handle(), full, none, flag(true)})),
-      "3.");
+  EXPECT_EQ(deviate("0.51", full, none, true), "3.");
   EXPECT_NE(Print(full), fullBefore);
-  EXPECT_EQ(Print(call(STATS_VexaEmpiricalDeviate_MP,
-                       {F("0.5").Handle(), SfloatRTable({"U"}), none, flag(false)})),
-            "Float(undefined)");
-  EXPECT_EQ(ErrorOf([&] {
-              call(STATS_VexaEmpiricalDeviate_MP, {F("1.5").Handle(), data, none, flag(false)});
-            }),
+  EXPECT_EQ(deviate("0.5", SfloatRTable({"U"}), none, false), "Float(undefined)");
+  EXPECT_EQ(ErrorOf([&] { deviate("1.5", data, none, false); }),
             "expected: numeric constant between 0 and 1, received 1.5");
 
   // Unweighted draws: each of the four values a quarter of the time.
@@ -338,10 +314,7 @@ TEST(DiscreteDistributions, EmpiricalEntries) {
                       {points, p.Handle(), weights, flag(true), vexa::NewInteger(1), flag(false)}));
   };
   for (const char* p : {"0", "0.1", "0.5", "0.6", "1"})
-    EXPECT_EQ(
-        Print(call(STATS_VexaEmpiricalDeviate_MP, {F(p).Handle(), points, weights, flag(false)})),
-        quantile(F(p)))
-        << p;
+    EXPECT_EQ(deviate(p, points, weights, false), quantile(F(p))) << p;
   vexa::SeedRandom(8);
   sample = call(STATS_VexaEmpiricalRandomSample_MP,
                 {vexa::NewInteger(20), points, weights, flag(false)});
