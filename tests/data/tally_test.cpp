@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "data/support.h"
+#include "descriptive/support.h"
 #include "stats/data/data.h"
 
 namespace {
@@ -13,18 +13,6 @@ using vexa::NewInteger;
 using vexa::NewList;
 using vexa::NewRange;
 using vexa::Print;
-
-ALGEB Call(ALGEB (*entry)(VexaKernelVector, ALGEB), const std::vector<ALGEB>& args) {
-  return entry(Kv(), vexa::NewExpseq(args));
-}
-
-ALGEB Num(const std::string& x) {
-  return F(x).Handle();
-}
-
-ALGEB NoWeights() {
-  return SfloatRTable({});
-}
 
 // Data k/8 on a grid that hits every boundary; range j runs from j/4 to j/4 + K/4 in bins of
 // 1/4 = 2/8, so the bin of k is found in integers: (k - 2j) / 2, the top end in the last bin.
@@ -66,8 +54,8 @@ TEST(Tally, MatchesABruteForceCountOnRandomData) {
 TEST(Tally, BinsClosedBelowAndTheLastClosedAbove) {
   VexaDigitsScope digits(10);
   auto tally = [](ALGEB data, ALGEB weights, ALGEB ranges, int K, bool ignore = false) {
-    return Print(Call(STATS_VexaTallyInto_MP,
-                      {data, weights, ToVexaBoolean(Kv(), ignore), ranges, NewInteger(K)}));
+    return Print(
+        Call(STATS_VexaTallyInto_MP, {data, weights, Bool(ignore), ranges, NewInteger(K)}));
   };
   ALGEB data = SfloatRTable({"0", "0.5", "1", "-0.0000000001"});
   EXPECT_EQ(tally(data, NoWeights(), NewList({NewRange(NewInteger(0), NewInteger(1))}), 2),
@@ -103,8 +91,8 @@ TEST(Tally, BinsClosedBelowAndTheLastClosedAbove) {
             "invalid argument; expected a positive integer or a list of ranges, received: 0");
 
   auto frequency = [&](ALGEB range, ALGEB weights) {
-    return Print(Call(STATS_VexaFrequencyData_MP,
-                      {data, weights, ToVexaBoolean(Kv(), false), range, NewInteger(2)}));
+    return Print(
+        Call(STATS_VexaFrequencyData_MP, {data, weights, Bool(false), range, NewInteger(2)}));
   };
   EXPECT_EQ(frequency(NewRange(NewInteger(0), NewInteger(1)), NoWeights()),
             "[Array(1 .. 2, [0., 0.5], datatype = sfloat), Array(1 .. 2, [0.5, 1.], datatype = "
@@ -118,9 +106,7 @@ TEST(Count, DataMissingDataAndFloats) {
   auto count = [&](ALGEB weights, int ignore) {
     return Print(Call(STATS_VexaCount_MP, {data, weights, NewInteger(ignore)}));
   };
-  EXPECT_EQ(count(NoWeights(), 0), "3");
-  EXPECT_EQ(count(NoWeights(), 1), "2");
-  EXPECT_EQ(count(NoWeights(), 2), "3");
+  for (int ignore : {0, 1, 2}) EXPECT_EQ(count(NoWeights(), ignore), ignore == 1 ? "2" : "3");
   EXPECT_EQ(count(SfloatRTable({"0.5", "2", "U"}), 0), "Float(undefined)");
   EXPECT_EQ(count(SfloatRTable({"0.5", "2", "U"}), 1), "0.5");
   EXPECT_EQ(Print(Call(STATS_VexaCountMissing_MP, {data, NoWeights()})), "1");

@@ -2,7 +2,7 @@
 // missing data, and every message.
 #include <gtest/gtest.h>
 
-#include "data/support.h"
+#include "descriptive/support.h"
 #include "stats/descriptive/descriptive.h"
 
 namespace {
@@ -11,50 +11,32 @@ using vexa::NewInteger;
 using vexa::NewList;
 using vexa::Print;
 
-ALGEB Call(ALGEB (*entry)(VexaKernelVector, ALGEB), const std::vector<ALGEB>& args) {
-  return entry(Kv(), vexa::NewExpseq(args));
-}
-
-ALGEB Bool(bool b) {
-  return ToVexaBoolean(Kv(), b);
-}
-
-ALGEB Prob(const std::string& p) {
-  return F(p).Handle();
-}
-
-ALGEB NoWeights() {
-  return SfloatRTable({});
-}
-
 TEST(VexaQuantile, ProbabilitiesAndTheirChecks) {
   ALGEB data = SfloatRTable({"4", "1", "U", "3", "2"});
   auto quantile = [&](ALGEB p, bool ignore = true, int method = 1) {
     return Print(Call(STATS_VexaQuantile_MP,
                       {data, p, NoWeights(), Bool(ignore), NewInteger(method), Bool(false)}));
   };
-  EXPECT_EQ(quantile(Prob("0.5")), "2.");
-  EXPECT_EQ(quantile(NewList({Prob("0.9"), Prob("0.1"), NewInteger(1)}), true, 6),
-            "[3.7, 1.3, 4.]");
+  EXPECT_EQ(quantile(Num("0.5")), "2.");
+  EXPECT_EQ(quantile(NewList({Num("0.9"), Num("0.1"), NewInteger(1)}), true, 6), "[3.7, 1.3, 4.]");
   EXPECT_EQ(quantile(NewList({})), "[]");
   // weighted, weights carried through the sort
   EXPECT_EQ(Print(Call(STATS_VexaQuantile_MP,
-                       {SfloatRTable({"30", "10", "20"}), Prob("0.5"),
-                        SfloatRTable({"5", "1", "1"}), Bool(false), NewInteger(1), Bool(false)})),
+                       {SfloatRTable({"30", "10", "20"}), Num("0.5"), SfloatRTable({"5", "1", "1"}),
+                        Bool(false), NewInteger(1), Bool(false)})),
             "30.");
 
   const std::string single =
       "expected: numeric constant or a list of numeric constants between 0 and 1, received ";
   EXPECT_EQ(ErrorOf([&] { quantile(vexa::NewName("p_unassigned")); }), single + "p_unassigned");
-  EXPECT_EQ(ErrorOf([&] { quantile(Prob("1.5")); }), single + "1.5");
-  EXPECT_EQ(ErrorOf([&] { quantile(Prob("-0.1")); }), single + "-0.1");
-  EXPECT_EQ(ErrorOf([&] { quantile(Prob("U")); }), single + "Float(undefined)");
+  for (const char* p : {"1.5", "-0.1"}) EXPECT_EQ(ErrorOf([&] { quantile(Num(p)); }), single + p);
+  EXPECT_EQ(ErrorOf([&] { quantile(Num("U")); }), single + "Float(undefined)");
   EXPECT_EQ(ErrorOf([&] {
-              quantile(NewList({Prob("0.5"), Prob("1.01")}));
+              quantile(NewList({Num("0.5"), Num("1.01")}));
             }),
             "expected: list of numeric constants between 0 and 1, received [0.5, 1.01]");
   EXPECT_EQ(ErrorOf([&] {
-              Call(STATS_VexaQuantile_MP, {data, Prob("0.5")});
+              Call(STATS_VexaQuantile_MP, {data, Num("0.5")});
             }),
             "expected 6 arguments, received: " + Print(data) + ", 0.5");
 }
@@ -65,8 +47,8 @@ TEST(VexaQuantile, NoDataLeftGivesUndefined) {
     return Print(Call(STATS_VexaQuantile_MP,
                       {missing, p, NoWeights(), Bool(true), NewInteger(1), Bool(false)}));
   };
-  EXPECT_EQ(quantile(Prob("0.5")), "Float(undefined)");
-  EXPECT_EQ(quantile(NewList({Prob("0.5"), vexa::NewName("z")})),
+  EXPECT_EQ(quantile(Num("0.5")), "Float(undefined)");
+  EXPECT_EQ(quantile(NewList({Num("0.5"), vexa::NewName("z")})),
             "[Float(undefined), Float(undefined)]");
   EXPECT_NE(ErrorOf([&] { quantile(vexa::NewString("p")); }), "no error");
   EXPECT_EQ(Print(Call(STATS_VexaMedian_MP, {missing, NoWeights(), Bool(true), Bool(false)})),
@@ -117,18 +99,19 @@ TEST(VexaOrderStatistic, RanksFromEitherEnd) {
   EXPECT_EQ(order(NewInteger(-1)), "9.");
   EXPECT_EQ(order(NewList({NewInteger(4), NewInteger(-4), NewInteger(2), NewInteger(2)})),
             "[9., 3., 5., 5.]");
-  EXPECT_EQ(ErrorOf([&] { order(NewInteger(0)); }), "index out of range: 0");
-  EXPECT_EQ(ErrorOf([&] { order(NewInteger(5)); }), "index out of range: 5");
+  for (int rank : {0, 5})
+    EXPECT_EQ(ErrorOf([&] { order(NewInteger(rank)); }),
+              "index out of range: " + std::to_string(rank));
   EXPECT_EQ(ErrorOf([&] {
               order(NewList({NewInteger(1), NewInteger(-5)}));
             }),
             "index out of range: -5");
   EXPECT_EQ(ErrorOf([&] { order(vexa::NewIntegerFromString("100000000000")); }),
             "index out of range: 100000000000");
-  EXPECT_EQ(ErrorOf([&] { order(Prob("1.5")); }),
+  EXPECT_EQ(ErrorOf([&] { order(Num("1.5")); }),
             "expected: integer or list of integers, received 1.5");
   EXPECT_EQ(ErrorOf([&] {
-              order(NewList({NewInteger(1), Prob("2.")}));
+              order(NewList({NewInteger(1), Num("2.")}));
             }),
             "expected: integer or list of integers, received [1, 2.]");
   EXPECT_EQ(ErrorOf([&] { Call(STATS_VexaOrderStatistic_MP, {data}); }),
