@@ -1,7 +1,7 @@
-// + - * / against exact rational arithmetic: random operands of every length class (one
-// limb, a few, a thousand digits), tie patterns (a 5 followed by zeros, runs of 9s) and
-// exponent gaps from none to far beyond the rounding position, each result compared with
-// the exact value rounded to Digits here, ties to even.
+// + - * / and conversion from double against exact rational arithmetic: random operands of
+// every length class, tie patterns (a 5 followed by zeros, runs of 9s) and exponent gaps from
+// none to far beyond the rounding position, each result compared with the exact value
+// rounded to Digits here, ties to even.
 #include <gmp.h>
 #include <gtest/gtest.h>
 
@@ -14,44 +14,35 @@
 
 namespace {
 
-struct Operand {
-  std::string mantissa;  // signed decimal integer
-  long exponent;
-};
-
-std::string Digits(std::mt19937_64& rng, int n) {
+// A signed mantissa of one of the length classes and digit styles (random, 9s, a final 5
+// that ties when cut just above it, a 5 followed by zeros), times 10^e: its text, and its
+// exact value in q.
+std::string Operand(std::mt19937_64& rng, long e, mpq_t q) {
+  static const int kLengths[] = {1,  2,  9,  10, 11, 18,  19,  20,  21,   38,
+                                 39, 49, 50, 51, 52, 100, 101, 999, 1000, 1001};
+  int n = kLengths[rng() % (sizeof kLengths / sizeof *kLengths)], style = rng() % 5;
   std::string s(n, '0');
-  int style = static_cast<int>(rng() % 5);
   for (int i = 0; i < n; ++i) {
     if (style == 0 || style == 4) s[i] = static_cast<char>('0' + rng() % 10);
     if (style == 1) s[i] = '9';
-    if (style == 2 && i == n - 1) s[i] = '5';  // a tie when cut just above the 5
+    if (style == 2 && i == n - 1) s[i] = '5';
     if (style == 4 && i > n / 2) s[i] = i == n - 1 ? '5' : '0';
   }
   if (s[0] == '0') s[0] = static_cast<char>('1' + rng() % 9);
-  return s;
-}
-
-Operand RandomOperand(std::mt19937_64& rng) {
-  static const int kLengths[] = {1,  2,  9,  10, 11, 18,  19,  20,  21,   38,
-                                 39, 49, 50, 51, 52, 100, 101, 999, 1000, 1001};
-  int n = kLengths[rng() % (sizeof kLengths / sizeof *kLengths)];
-  long e = static_cast<long>(rng() % 41) - 20;
-  if (rng() % 6 == 0) e = static_cast<long>(rng() % 4001) - 2000;
-  return {(rng() % 2 ? "-" : "") + Digits(rng, n), e};
-}
-
-void ToRational(const Operand& x, mpq_t q) {
+  if (rng() % 2) s = "-" + s;
   mpz_t p;
   mpz_init(p);
-  mpq_set_str(q, x.mantissa.c_str(), 10);
-  mpz_ui_pow_ui(p, 10, static_cast<unsigned long>(std::labs(x.exponent)));
-  if (x.exponent >= 0)
-    mpz_mul(mpq_numref(q), mpq_numref(q), p);
-  else
-    mpz_mul(mpq_denref(q), mpq_denref(q), p);
+  mpq_set_str(q, s.c_str(), 10);
+  mpz_ui_pow_ui(p, 10, static_cast<unsigned long>(std::labs(e)));
+  mpz_mul(e >= 0 ? mpq_numref(q) : mpq_denref(q), e >= 0 ? mpq_numref(q) : mpq_denref(q), p);
   mpq_canonicalize(q);
   mpz_clear(p);
+  return s + "e" + std::to_string(e);
+}
+
+long Exponent(std::mt19937_64& rng) {
+  return rng() % 6 == 0 ? static_cast<long>(rng() % 4001) - 2000
+                        : static_cast<long>(rng() % 41) - 20;
 }
 
 // q rounded to d significant digits, ties to even, as exact decimal text: the exponent e
@@ -87,55 +78,50 @@ std::string RoundRational(const mpq_t q, int d) {
   return r + "e" + std::to_string(e);
 }
 
+// got against exact rounded to d digits: equal in value and in every printed digit.
+::testing::AssertionResult Rounded(const VexaFloat& got, const mpq_t exact, int d) {
+  VexaFloat want = VexaFloatFromString(RoundRational(exact, d));
+  if (got == want && VexaFloatToString(got) == VexaFloatToString(want))
+    return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "at Digits " << d << " gives " << VexaFloatToString(got)
+                                       << ", want " << VexaFloatToString(want);
+}
+
 TEST(ExactRounding, FourOperationsMatchTheRoundedExactValue) {
-  std::mt19937_64 rng(20261123);
+  using Exact = void (*)(mpq_ptr, mpq_srcptr, mpq_srcptr);
+  using Op = VexaFloat (*)(const VexaFloat&, const VexaFloat&);
+  const struct {
+    char sign;
+    Exact exact;
+    Op op;
+  } kOps[] = {{'+', mpq_add, [](const VexaFloat& x, const VexaFloat& y) { return x + y; }},
+              {'-', mpq_sub, [](const VexaFloat& x, const VexaFloat& y) { return x - y; }},
+              {'*', mpq_mul, [](const VexaFloat& x, const VexaFloat& y) { return x * y; }},
+              {'/', mpq_div, [](const VexaFloat& x, const VexaFloat& y) { return x / y; }}};
   static const int kDigits[] = {1, 2, 9, 10, 18, 19, 20, 27, 28, 50, 64, 100, 1000};
+  std::mt19937_64 rng(20261123);
   mpq_t qa, qb, exact;
   mpq_inits(qa, qb, exact, nullptr);
   int failures = 0;
   for (int i = 0; i < 3000 && failures < 10; ++i) {
-    Operand a = RandomOperand(rng), b = RandomOperand(rng);
-    if (i % 5 == 0) b.exponent = a.exponent - static_cast<long>(rng() % 3000);  // far below a
+    long ea = Exponent(rng), eb = i % 5 ? Exponent(rng) : ea - static_cast<long>(rng() % 3000);
+    std::string a = Operand(rng, ea, qa), b = Operand(rng, eb, qb);  // b far below a 1 in 5
     int d = kDigits[rng() % (sizeof kDigits / sizeof *kDigits)];
-    int op = static_cast<int>(rng() % 4);
-    ToRational(a, qa);
-    ToRational(b, qb);
-    VexaFloat x = VexaFloatFromString(a.mantissa + "e" + std::to_string(a.exponent));
-    VexaFloat y = VexaFloatFromString(b.mantissa + "e" + std::to_string(b.exponent));
+    const auto& op = kOps[rng() % 4];
+    op.exact(exact, qa, qb);
+    VexaFloat x = VexaFloatFromString(a), y = VexaFloatFromString(b);
     VexaDigitsScope digits(d);
-    VexaFloat got;
-    switch (op) {
-      case 0:
-        mpq_add(exact, qa, qb);
-        got = x + y;
-        break;
-      case 1:
-        mpq_sub(exact, qa, qb);
-        got = x - y;
-        break;
-      case 2:
-        mpq_mul(exact, qa, qb);
-        got = x * y;
-        break;
-      default:
-        mpq_div(exact, qa, qb);
-        got = x / y;
-        break;
-    }
-    VexaFloat want = VexaFloatFromString(RoundRational(exact, d));
-    if (got == want && VexaFloatToString(got) == VexaFloatToString(want)) continue;
+    auto result = Rounded(op.op(x, y), exact, d);
+    if (result) continue;
     ++failures;
-    ADD_FAILURE() << "case " << i << ": op "
-                  << "+-*/"[op] << " at Digits " << d << " of " << a.mantissa << "e" << a.exponent
-                  << " and " << b.mantissa << "e" << b.exponent << " gives "
-                  << VexaFloatToString(got) << ", want " << VexaFloatToString(want);
+    ADD_FAILURE() << a << " " << op.sign << " " << b << " " << result.message();
   }
   mpq_clears(qa, qb, exact, nullptr);
 }
 
 TEST(ExactRounding, DoublesAreTheirExactBinaryValueRounded) {
-  std::mt19937_64 rng(42);
   static const int kDigits[] = {1, 5, 10, 17, 18, 19, 20, 30, 50, 100, 800};
+  std::mt19937_64 rng(42);
   mpq_t exact;
   mpq_init(exact);
   for (int i = 0; i < 2000; ++i) {
@@ -146,10 +132,7 @@ TEST(ExactRounding, DoublesAreTheirExactBinaryValueRounded) {
     int d = kDigits[rng() % (sizeof kDigits / sizeof *kDigits)];
     mpq_set_d(exact, x);
     VexaDigitsScope digits(d);
-    VexaFloat got(x), want = VexaFloatFromString(RoundRational(exact, d));
-    ASSERT_TRUE(got == want && VexaFloatToString(got) == VexaFloatToString(want))
-        << x << " at Digits " << d << " gives " << VexaFloatToString(got) << ", want "
-        << VexaFloatToString(want);
+    ASSERT_TRUE(Rounded(VexaFloat(x), exact, d)) << x;
   }
   mpq_clear(exact);
 }

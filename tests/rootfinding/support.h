@@ -16,9 +16,11 @@ class LoggedFunction : public STATS_VexaCallbackAdapter_MP {
   explicit LoggedFunction(FloatFn fn) : STATS_VexaCallbackAdapter_MP(Kv()), fn_(std::move(fn)) {}
   VexaFloat Call(VexaFloat x) override {
     points.push_back(std::stod(VexaFloatToString(x)));
+    values.push_back(x);
     return fn_(x);
   }
   std::vector<double> points;
+  std::vector<VexaFloat> values;  // the points at full precision
 
  private:
   FloatFn fn_;
