@@ -8,6 +8,16 @@ uint32_t STATS_VexaRandomStream_MP::NextInteger() {
   return VexaRandomInt32(gVexaKernelVector);
 }
 
+uint32_t STATS_VexaRandomStream_MP::NextIndex(uint64_t n) {
+  const uint64_t last = n - 1;
+  int shift = 0;
+  if (last < 2147483647u)
+    do ++shift; while ((2147483647u >> shift) > last);
+  uint32_t k;
+  do k = NextInteger() >> shift; while (k > last);
+  return k;
+}
+
 VexaFloat STATS_VexaRandomStream_MP::NextDouble() {
   return VexaFloat(VexaRandomSoftwareFloat01(gVexaKernelVector));
 }

@@ -19,6 +19,9 @@ class STATS_VexaRandomStream_MP {
   static uint32_t NextInteger();
   // The host's uniform float on the unit interval at the current Digits, taken as it comes.
   static VexaFloat NextDouble();
+  // A uniform index on 0..n-1 (n >= 1) by the minimal-bits rule: the host word shifted right
+  // until 2^31 - 1 shifted alike is at most n - 1, redrawn until it falls below n.
+  static uint32_t NextIndex(uint64_t n);
 };
 
 // The output array of a random sample. Given an rtable, checks that it has rectangular
