@@ -1,5 +1,5 @@
 // Builtins over values and collections: type tests, add and mul, min and max, sort, cat, eval,
-// table, printf.
+// table, printf, member and `if`.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -71,6 +71,12 @@ bool MatchesType(const std::string& where, ALGEB e, ALGEB t) {
     return name == "positive" ? sign > 0 : name == "negative" ? sign < 0 : sign >= 0;
   }
   if (name == "realcons") return RealValue(e) != nullptr;
+  if (name == "finite") {
+    ALGEB v = RealValue(e);
+    if (v == nullptr || Compare(v, v) == 2) return false;
+    ALGEB infinity = Evalf(NewName("infinity"));
+    return Compare(v, infinity) < 0 && Compare(v, Negate(infinity)) > 0;
+  }
   if (name == "complex") return IsNumeric(e) || kind == kComplexNode;
   if (name == "string") return IsString(e);
   if (name == "name") return IsName(e);
@@ -87,13 +93,14 @@ bool MatchesType(const std::string& where, ALGEB e, ALGEB t) {
   if (name == "Vector") return IsRTable(e) && Dimensions(e) == 1;
   if (name == "Matrix") return IsRTable(e) && Dimensions(e) == 2;
   if (name == "NULL") return IsNull(e);
-  RaiseIn(where, FormatMessage("unknown type %1; known types: anything, integer, posint, negint, "
-                               "nonnegint, rational, fraction, float, numeric, positive, "
-                               "negative, nonnegative, realcons, complex, string, name, list, "
-                               "set, range, equation, relation, boolean, procedure, function, "
-                               "table, rtable, Array, Vector, Matrix, NULL, {t1, t2, ...}, "
-                               "list(t), set(t)",
-                               t, nullptr));
+  RaiseIn(where,
+          FormatMessage("unknown type %1; known types: anything, integer, posint, negint, "
+                        "nonnegint, rational, fraction, float, numeric, positive, "
+                        "negative, nonnegative, realcons, finite, complex, string, name, list, "
+                        "set, range, equation, relation, boolean, procedure, function, "
+                        "table, rtable, Array, Vector, Matrix, NULL, {t1, t2, ...}, "
+                        "list(t), set(t)",
+                        t, nullptr));
 }
 
 // The values that add, mul, min and max combine: add(e, i = a .. b) as seq does, add(C) the
@@ -299,6 +306,28 @@ ALGEB Printf(Evaluator* ev, const std::string& name, Node* call) {
   return Null();
 }
 
+// member(x, C): whether x is an element of a list, set or sequence.
+ALGEB Member(Evaluator* ev, const std::string& name, Node* call) {
+  std::vector<ALGEB> a = ev->EvaluateArguments(call->children, 1);
+  if (a.size() != 2)
+    RaiseIn(name, "member expects 2 arguments, received " + std::to_string(a.size()));
+  if (!IsList(a[1]) && !IsSet(a[1]))
+    RaiseIn(name, FormatMessage("expects a list or set, received %1", a[1], nullptr));
+  for (ALGEB x : Ops(a[1]))
+    if (Equal(x, a[0])) return True();
+  return False();
+}
+
+// `if`(c, a, b): a when c holds, b otherwise; only the one chosen is evaluated.
+ALGEB IfBuiltin(Evaluator* ev, const std::string& name, Node* call) {
+  if (call->children.size() != 4)
+    RaiseIn(name, "if expects 3 arguments, received " + std::to_string(call->children.size() - 1));
+  ALGEB c = EvalBoolean(ev->Evaluate(call->children[1]));
+  if (!IsTrue(c) && !IsFalse(c))
+    RaiseIn(name, FormatMessage("cannot tell whether %1 is true or false", c, nullptr));
+  return ev->Evaluate(call->children[IsTrue(c) ? 2 : 3]);
+}
+
 }  // namespace
 
 BuiltinFn CollectionBuiltin(const std::string& name) {
@@ -311,6 +340,8 @@ BuiltinFn CollectionBuiltin(const std::string& name) {
   if (name == "eval") return EvalBuiltin;
   if (name == "table") return TableBuiltin;
   if (name == "printf") return Printf;
+  if (name == "member") return Member;
+  if (name == "if") return IfBuiltin;
   return nullptr;
 }
 
