@@ -34,6 +34,11 @@ ALGEB Evalhf(Evaluator* ev, const std::string& name, Node* call) {
   return NewFloatFromDouble(vexa::Evalhf(a[0]));
 }
 
+// evalb(r): a relation, equation or logical expression decided as true, false or FAIL.
+ALGEB Evalb(Evaluator* ev, const std::string& name, Node* call) {
+  return EvalBoolean(Args(ev, name, call, 1, 1)[0]);
+}
+
 // seq(e, i = a..b) and seq(e, i = list): e is evaluated once per value of i.
 ALGEB Seq(Evaluator* ev, const std::string& name, Node* call) {
   if (call->children.size() != 3)
@@ -192,6 +197,7 @@ ALGEB Elementary(Evaluator* ev, const std::string& name, Node* call) {
 const std::map<std::string, BuiltinFn>& Table() {
   static const std::map<std::string, BuiltinFn> table = {
       {"evalhf", Evalhf},      {"seq", Seq},
+      {"evalb", Evalb},
       {"time", Time},          {"nops", Nops},
       {"op", OpBuiltin},       {"lhs", Side},
       {"rhs", Side},           {"convert", Convert},
