@@ -134,7 +134,11 @@ bool Holds(VexaKernelVector kv, ALGEB predicate, ALGEB v) {
       },
       &test, &failed);
   if (failed || IsVexaInteger(kv, r))
-    VexaRaiseError2(kv, "expected the predicate to return true or false, received %1 at %2", r, v);
+    VexaRaiseError2(
+        kv,
+        "expected the predicate to return true or false, received %1 at element %2 (evalb "
+        "decides a relation)",
+        r, v);
   return test.value == 1;
 }
 
