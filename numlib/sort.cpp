@@ -3,6 +3,7 @@
 // their order, in either direction); undefined reals come after every number ascending and
 // before every number descending.
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 #include <vector>
 
@@ -16,6 +17,12 @@ bool CheckOrder(Nag_SortOrder order, const char* routine, NagError* fail) {
   return Fail(fail, NE_BAD_PARAM, routine, Shows("order", static_cast<long>(order)),
               "order = Nag_Ascending or Nag_Descending");
 }
+
+// An element of up to 16 bytes copied beside its index.
+struct Item {
+  size_t index;
+  alignas(8) char bytes[16];
+};
 
 // x before y ascending: a number before an undefined value, numbers by value.
 bool Before(const VexaFloat& x, const VexaFloat& y) {
@@ -50,16 +57,30 @@ void VexaMP_m01dsc(const void* vec, size_t n, ptrdiff_t stride,
     return static_cast<void>(
         Fail(fail, NE_BAD_PARAM, "VexaMP_m01dsc", "compare = NULL", "compare != NULL"));
   const char* base = static_cast<const char*>(vec);
-  auto at = [&](size_t i) { return base + static_cast<ptrdiff_t>(i) * stride; };
-  std::vector<size_t> sorted(n);
-  std::iota(sorted.begin(), sorted.end(), size_t{0});
+  const size_t width = static_cast<size_t>(stride < 0 ? -stride : stride);
   // Only compare(...) < 0 orders two elements, so a comparison that answers 1 both ways
   // (two missing values) leaves them equal and in their original order.
-  if (order == Nag_Ascending)
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [&](size_t i, size_t j) { return compare(at(i), at(j)) < 0; });
-  else
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [&](size_t i, size_t j) { return compare(at(j), at(i)) < 0; });
+  auto sortBy = [&](auto& items, auto at) {
+    if (order == Nag_Ascending)
+      std::stable_sort(items.begin(), items.end(),
+                       [&](const auto& i, const auto& j) { return compare(at(i), at(j)) < 0; });
+    else
+      std::stable_sort(items.begin(), items.end(),
+                       [&](const auto& i, const auto& j) { return compare(at(j), at(i)) < 0; });
+  };
+  if (width <= sizeof(Item::bytes)) {
+    // Short elements travel with their index, so the sort reads them in sequence.
+    std::vector<Item> items(n);
+    for (size_t i = 0; i < n; ++i) {
+      items[i].index = i;
+      std::memcpy(items[i].bytes, base + static_cast<ptrdiff_t>(i) * stride, width);
+    }
+    sortBy(items, [](const Item& item) { return static_cast<const char*>(item.bytes); });
+    for (size_t r = 0; r < n; ++r) ranks[items[r].index] = r;
+    return;
+  }
+  std::vector<size_t> sorted(n);
+  std::iota(sorted.begin(), sorted.end(), size_t{0});
+  sortBy(sorted, [&](size_t i) { return base + static_cast<ptrdiff_t>(i) * stride; });
   for (size_t r = 0; r < n; ++r) ranks[sorted[r]] = r;
 }
