@@ -39,11 +39,14 @@ struct Keys {
 Keys OrderKeys(VexaKernelVector kv, const RawArray& a) {
   const STATS_Comparator_MP compare = STATS_NumericComparator_MP(a.settings.data_type);
   if (compare == nullptr) VexaRaiseError(kv, "unable to compare complex numbers");
-  if (a.settings.data_type != RTABLE_DAG || a.n == 0) return {a.block, a.width, compare};
-  // Not protected: the vector keeps a converted copy protected itself.
-  const STATS_Vector_MP floats(kv, a.source);
-  return {reinterpret_cast<const char*>(floats.data()), static_cast<int>(sizeof(VexaFloat)),
-          compare};
+  if (a.settings.data_type != RTABLE_DAG) return {a.block, a.width, compare};
+  const ALGEB* elements = reinterpret_cast<const ALGEB*>(a.block);
+  int i = 0;
+  while (i < a.n && STATS_IsVexaFloatNode_MP(elements[i])) ++i;
+  if (i == a.n) return {a.block, a.width, compare};  // floats already
+  VexaFloat* floats = static_cast<VexaFloat*>(VexaNew(kv, a.n, sizeof(VexaFloat)));
+  for (i = 0; i < a.n; ++i) floats[i] = STATS_VexaUtils_MP::VexaDAGToDouble(elements[i]);
+  return {reinterpret_cast<const char*>(floats), static_cast<int>(sizeof(VexaFloat)), compare};
 }
 
 void NoteDiscarded(VexaKernelVector kv) {

@@ -137,6 +137,8 @@ extern "C" ALGEB STATS_VexaSharpen_MP(VexaKernelVector kv, ALGEB args) {
   char* out = static_cast<char*>(VexaNew(kv, n > 0 ? n : 1, width));
   for (int i = 0; i < n; ++i)
     Store(kv, outType, VexaFloatRound(moved[i], digits), out + static_cast<size_t>(i) * width);
-  if (integral) return data_raw::NewArray(kv, RTABLE_DAG, ToVexaName(kv, "sfloat", 1), n, out);
-  return data_raw::NewLike(kv, a, n, out);
+  if (!integral) return data_raw::NewLike(kv, a, n, out);
+  ALGEB floats = STATS_NewFloatRTable_MP(kv, 1, n);
+  if (n > 0) std::memcpy(RTableDataBlock(kv, floats), out, static_cast<size_t>(n) * width);
+  return floats;
 }
