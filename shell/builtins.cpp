@@ -32,6 +32,11 @@ ALGEB Evalhf(Evaluator* ev, const std::string& name, Node* call) {
   return NewFloatFromDouble(vexa::Evalhf(a[0]));
 }
 
+// evalb(r): a relation, equation or logical expression decided as true, false or FAIL.
+ALGEB Evalb(Evaluator* ev, const std::string& name, Node* call) {
+  return EvalBoolean(Args(ev, name, call, 1, 1)[0]);
+}
+
 ALGEB Seq(Evaluator* ev, const std::string& name, Node* call) {
   return SeqValues(ev, name, call);
 }
@@ -152,6 +157,7 @@ ALGEB Elementary(Evaluator* ev, const std::string& name, Node* call) {
 const std::map<std::string, BuiltinFn>& Table() {
   static const std::map<std::string, BuiltinFn> table = {
       {"evalhf", Evalhf},      {"seq", Seq},
+      {"evalb", Evalb},
       {"time", Time},          {"nops", Nops},
       {"op", OpBuiltin},       {"lhs", Side},
       {"rhs", Side},           {"convert", Convert},
