@@ -113,16 +113,13 @@ inline int CompareN(const uint64_t* a, const uint64_t* b, int n) {
   return 0;
 }
 
-// 10^k into n limbs (zero-padded); false if it does not fit.
+// 10^k into n limbs (zero-padded), by factors of at most 10^19; false if it does not fit.
 bool PowerOfTen(uint64_t* out, int n, int k) {
-  mpz_t p;
-  mpz_init(p);
-  vexa::Pow10(p, static_cast<unsigned long>(k));
-  const bool fits = static_cast<int>(mpz_size(p)) <= n;
   std::memset(out, 0, sizeof(uint64_t) * n);
-  if (fits) mpz_export(out, nullptr, -1, sizeof(uint64_t), 0, 0, p);
-  mpz_clear(p);
-  return fits;
+  out[0] = 1;
+  for (; k > 0; k -= 19)
+    if (mpn_mul_1(out, out, n, Pow10U64(k < 19 ? k : 19)) != 0) return false;
+  return true;
 }
 
 }  // namespace
