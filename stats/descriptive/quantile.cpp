@@ -1,11 +1,12 @@
 // Sample quantiles after Hyndman and Fan, "Sample quantiles in statistical packages" (1996):
 // the position x = a + (n + b) p among the order statistics, then the order statistic at
 // floor(x) moved toward the next one by c + d (x - floor(x)). The simple form selects the
-// order statistics it needs all together (on large arrays over double keys, with the exact
-// comparison where keys are close); the weighted form sorts once and measures positions in
-// units of weight.
+// order statistics it needs all together (on large arrays over 64-bit order keys, with the
+// exact comparison where keys are close); the weighted form sorts once and measures
+// positions in units of weight.
+#include <stdint.h>
+
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "data/data.h"
