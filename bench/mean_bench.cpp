@@ -48,6 +48,20 @@ void VexaMoment(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(STATS_VexaMoment_MP(kv, args));
 }
 
+// The arithmetic mean's sum as the plain float loop, a new float node per partial sum: the
+// cost the entry point had before its sums ran on limbs.
+void VexaPlainLoopMean(benchmark::State& state) {
+  const int digits = static_cast<int>(state.range(0));
+  VexaDigitsScope scope(digits);
+  ALGEB data = SfloatArray(Decimals(digits));
+  const auto* x = static_cast<const VexaFloat*>(RTableDataBlock(Kernel(), data));
+  for (auto _ : state) {
+    VexaFloat sum;
+    for (int i = 0; i < kCount; ++i) sum += x[i];
+    benchmark::DoNotOptimize(sum / VexaFloat(static_cast<double>(kCount)));
+  }
+}
+
 struct MpfrValues {
   std::vector<__mpfr_struct> v;
   explicit MpfrValues(int digits) : v(kCount) {
@@ -99,6 +113,7 @@ void MpfrMoment(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(VexaMean)->Arg(20)->Arg(50)->Unit(benchmark::kMillisecond);
+BENCHMARK(VexaPlainLoopMean)->Arg(20)->Arg(50)->Unit(benchmark::kMillisecond);
 BENCHMARK(MpfrMean)->Arg(20)->Arg(50)->Unit(benchmark::kMillisecond);
 BENCHMARK(VexaMoment)->Arg(20)->Arg(50)->Unit(benchmark::kMillisecond);
 BENCHMARK(MpfrMoment)->Arg(20)->Arg(50)->Unit(benchmark::kMillisecond);

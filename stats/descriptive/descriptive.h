@@ -37,6 +37,10 @@ void STATS_SimpleQuantile_MP(VexaFloat* out, VexaFloat* data, VexaFloat* probs, 
 void STATS_WeightedQuantile_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights,
                                VexaFloat* probs, int n, int m, STATS_QUANTILE_TYPE_MP type);
 
+// Puts the order statistics of the increasing 0-based ranks in their places in data[0..n-1],
+// which is left partitioned around each of them.
+void STATS_SelectOrderStatistics_MP(VexaFloat* data, int n, const int* ranks, int count);
+
 // Order statistics by 1-based rank (1 <= rank <= n); weights are not used.
 void STATS_OrderStatistic_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights, int* ranks, int n,
                              int m);

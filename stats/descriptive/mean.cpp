@@ -7,6 +7,7 @@
 #include "data/data.h"
 #include "descriptive/descriptive.h"
 #include "frame/frame.h"
+#include "vexa/accumulator.h"
 
 namespace {
 
@@ -40,8 +41,9 @@ int SelectBlock(VexaFloat* data, int n, int lo, int hi) {
 // [lower W, W - (1 - upper) W], written over the weights; returns W.
 VexaFloat KeepWeightInside(VexaFloat* weights, int n, const VexaFloat& lower,
                            const VexaFloat& upper, VexaFloat* cutLow, VexaFloat* cutHigh) {
-  VexaFloat total;
-  for (int i = 0; i < n; ++i) total += weights[i];
+  VexaFloatAccumulator sum;
+  for (int i = 0; i < n; ++i) sum += weights[i];
+  const VexaFloat total = sum.Value();
   *cutLow = lower * total;
   *cutHigh = total - (VexaFloat(1) - upper) * total;
   VexaFloat below;  // cumulative weight before element i
@@ -75,41 +77,42 @@ void STATS_TrimBlock_MP(int n, VexaFloat lower, VexaFloat upper, int* lo, int* t
 }
 
 VexaFloat STATS_SimpleMean_MP(VexaKernelVector, VexaFloat* data, int n, STATS_MEAN_TYPE_MP type) {
-  VexaFloat sum;
+  VexaFloatAccumulator sum;
   if (type == STATS_MEAN_HARMONIC_MP) {
     for (int i = 0; i < n; ++i) sum += VexaFloat(1) / data[i];
-    return Count(n) * VexaFloat(1) / sum;
+    return Count(n) * VexaFloat(1) / sum.Value();
   }
   if (type == STATS_MEAN_QUADRATIC_MP) {
     for (int i = 0; i < n; ++i) sum += data[i] * data[i];
-    return sqrt(sum / Count(n));
+    return sqrt(sum.Value() / Count(n));
   }
   if (type != STATS_MEAN_GEOMETRIC_MP) {
     for (int i = 0; i < n; ++i) sum += data[i];
-    return sum / Count(n);
+    return sum.Value() / Count(n);
   }
   for (int i = 0; i < n; ++i) sum += log(data[i]);
-  return exp(sum / Count(n));
+  return exp(sum.Value() / Count(n));
 }
 
 VexaFloat STATS_WeightedMean_MP(VexaKernelVector, VexaFloat* data, VexaFloat* weights, int n,
                                 STATS_MEAN_TYPE_MP type) {
-  VexaFloat sum, total;
-  for (int i = 0; i < n; ++i) total += weights[i];
+  VexaFloatAccumulator sum, totalSum;
+  for (int i = 0; i < n; ++i) totalSum += weights[i];
+  const VexaFloat total = totalSum.Value();
   if (type == STATS_MEAN_HARMONIC_MP) {
     for (int i = 0; i < n; ++i) sum += weights[i] / data[i];
-    return total / sum;
+    return total / sum.Value();
   }
   if (type == STATS_MEAN_QUADRATIC_MP) {
     for (int i = 0; i < n; ++i) sum += data[i] * data[i] * weights[i];
-    return sqrt(sum / total);
+    return sqrt(sum.Value() / total);
   }
   if (type != STATS_MEAN_GEOMETRIC_MP) {
     for (int i = 0; i < n; ++i) sum += data[i] * weights[i];
-    return sum / total;
+    return sum.Value() / total;
   }
   for (int i = 0; i < n; ++i) sum += weights[i] * log(data[i]);
-  return exp(sum / total);
+  return exp(sum.Value() / total);
 }
 
 VexaFloat STATS_Mean_MP(VexaKernelVector kv, VexaFloat* data, VexaFloat* weights, int n,

@@ -2,6 +2,7 @@
 // absolute deviations about a centre, simple and weighted: sums in data order divided by the
 // count or by the total weight.
 #include "descriptive/descriptive.h"
+#include "vexa/accumulator.h"
 
 namespace {
 
@@ -20,23 +21,23 @@ void STATS_SimpleMoment_MP(VexaFloat* out, VexaFloat* data, int n, int* orders, 
   const VexaFloat count(static_cast<double>(n));
   for (int j = 0; j < m; ++j) {
     const VexaFloat order(static_cast<double>(orders[j]));
-    VexaFloat sum;
+    VexaFloatAccumulator sum;
     for (int i = 0; i < n; ++i) sum += Power(data[i] - origin, orders[j], order);
-    out[j] = sum / count;
+    out[j] = sum.Value() / count;
   }
 }
 
 void STATS_WeightedMoment_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights, int n,
                              int* orders, int m, VexaFloat origin) {
-  VexaFloat total;
+  VexaFloatAccumulator total;
   for (int j = 0; j < m; ++j) {
     const VexaFloat order(static_cast<double>(orders[j]));
-    VexaFloat sum;
+    VexaFloatAccumulator sum;
     for (int i = 0; i < n; ++i) {
       if (j == 0) total += weights[i];
       sum += weights[i] * Power(data[i] - origin, orders[j], order);
     }
-    out[j] = sum / total;
+    out[j] = sum.Value() / total.Value();
   }
 }
 
@@ -71,19 +72,19 @@ VexaFloat STATS_ExpectedValue_MP(VexaFloat (*f)(VexaFloat), VexaFloat* data, Vex
 }
 
 VexaFloat STATS_SimpleAbsoluteDeviation_MP(VexaFloat* data, int n, VexaFloat centre) {
-  VexaFloat sum;
+  VexaFloatAccumulator sum;
   for (int i = 0; i < n; ++i) sum += fabs(data[i] - centre);
-  return sum / VexaFloat(static_cast<double>(n));
+  return sum.Value() / VexaFloat(static_cast<double>(n));
 }
 
 VexaFloat STATS_WeightedAbsoluteDeviation_MP(VexaFloat* data, VexaFloat* weights, int n,
                                              VexaFloat centre) {
-  VexaFloat sum, total;
+  VexaFloatAccumulator sum, total;
   for (int i = 0; i < n; ++i) {
     sum += weights[i] * fabs(data[i] - centre);
     total += weights[i];
   }
-  return sum / total;
+  return sum.Value() / total.Value();
 }
 
 VexaFloat STATS_AbsoluteDeviation_MP(VexaFloat* data, VexaFloat* weights, int n, VexaFloat centre) {

@@ -1,5 +1,6 @@
-// Order statistics by rank and the median, by quickselect. Each further rank is selected in
-// the part of the array that the previous selection left holding it.
+// Order statistics by rank and the median. Each further rank is selected in the part of the
+// array that the previous selection left holding it; the median selects its middle ranks
+// together.
 #include "data/data.h"
 #include "descriptive/descriptive.h"
 
@@ -24,12 +25,15 @@ void STATS_SimpleOrderStatistic_MP(VexaFloat* out, VexaFloat* data, int* ranks, 
 
 VexaFloat STATS_SimpleMedian_MP(VexaFloat* data, int n) {
   if (n < 1) return VexaFloatUndefined();
-  if (n % 2 == 1) return STATS_QuickSelect_MP(data, n, (n - 1) / 2);
+  if (n % 2 == 1) {
+    const int middle = (n - 1) / 2;
+    STATS_SelectOrderStatistics_MP(data, n, &middle, 1);
+    return data[middle];
+  }
   const int h = n / 2;
-  const VexaFloat upper = STATS_QuickSelect_MP(data, n, h);
-  // The first selection left the lower middle value among the first h.
-  const VexaFloat lower = STATS_QuickSelect_MP(data, h, h - 1);
-  return (upper + lower) / VexaFloat(2);
+  const int ranks[] = {h - 1, h};
+  STATS_SelectOrderStatistics_MP(data, n, ranks, 2);
+  return (data[h] + data[h - 1]) / VexaFloat(2);
 }
 
 VexaFloat STATS_Median_MP(VexaFloat* data, VexaFloat* weights, int n) {

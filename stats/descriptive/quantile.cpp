@@ -1,15 +1,17 @@
 // Sample quantiles after Hyndman and Fan, "Sample quantiles in statistical packages" (1996):
 // the position x = a + (n + b) p among the order statistics, then the order statistic at
-// floor(x) moved toward the next one by c + d (x - floor(x)). The simple form finds the
-// order statistics it needs by quickselect, all probabilities together; the weighted form
-// sorts once and measures positions in units of weight.
+// floor(x) moved toward the next one by c + d (x - floor(x)). The simple form selects the
+// order statistics it needs all together (on large arrays over 64-bit order keys, with the
+// exact comparison where keys are close); the weighted form sorts once and measures
+// positions in units of weight.
+#include <stdint.h>
+
 #include <algorithm>
-#include <cmath>
-#include <functional>
 #include <vector>
 
 #include "data/data.h"
 #include "descriptive/descriptive.h"
+#include "vexa/float_key.h"
 
 namespace {
 
@@ -19,8 +21,8 @@ VexaFloat Interpolate(const VexaFloat& v, const VexaFloat& w, const VexaFloat& c
   return v + (w - v) * (c + d * fraction);
 }
 
-constexpr int kAhead = 12;             // nodes fetched this many elements ahead of a pass
-constexpr int kBucketsFrom = 1 << 16;  // below this, selecting rank by rank is as fast
+constexpr int kAhead = 12;           // nodes fetched this many elements ahead of a pass
+constexpr int kKeyedFrom = 1 << 12;  // below this, exact selection rank by rank is as fast
 
 // Puts the order statistics of the given increasing 0-based ranks (offset into a) in their
 // places: the middle rank is selected first, which splits the array for the ranks on either
@@ -33,60 +35,49 @@ void SelectRanks(VexaFloat* a, int len, const int* ranks, int count, int offset)
   SelectRanks(a + k + 1, len - k - 1, ranks + mid + 1, count - mid - 1, offset + k + 1);
 }
 
-// The same for many ranks of a large array, in about one pass: splitters from a sorted sample
-// bracket each rank, every element is placed by binary search into the bucket between two
-// splitters, and each rank is then selected within its own bucket. Buckets are ordered
-// whatever the sample, so a poor sample costs time, never correctness.
-void SelectRanksByBuckets(VexaFloat* a, int n, const std::vector<int>& ranks) {
-  auto before = [](const VexaFloat& x, const VexaFloat& y) { return STATS_DataGreater_MP(y, x); };
-  const int size = std::min(n / 16, 32768);
-  std::vector<VexaFloat> sample(size);
-  for (int i = 0; i < size; ++i) sample[i] = a[static_cast<long long>(i) * n / size];
-  std::sort(sample.begin(), sample.end(), before);
-  const int margin = 2 * static_cast<int>(std::sqrt(static_cast<double>(size))) + 1;
-  std::vector<int> at;  // sample positions of the splitters, increasing
-  for (int r : ranks) {
-    const int centre = static_cast<int>(static_cast<long long>(r) * size / n);
-    for (int pos : {centre - margin, centre + margin})
-      if (pos >= 0 && pos < size && (at.empty() || pos > at.back())) at.push_back(pos);
-  }
-  std::vector<VexaFloat> splitters;
-  for (int pos : at) splitters.push_back(sample[pos]);
+// A value beside its order key, so that a selection pass reads one contiguous array instead
+// of a float node per comparison.
+struct Keyed {
+  uint64_t key;
+  VexaFloat value;
+};
 
-  const auto definedEnd = std::find_if(splitters.begin(), splitters.end(),
-                                       [](const VexaFloat& t) { return IsVexaFloatUndefined(t); });
-  std::vector<unsigned char> bucket(n);
-  std::vector<int> start(splitters.size() + 2, 0);
-  for (int i = 0; i < n; ++i) {
-    if (i + kAhead < n) __builtin_prefetch(a[i + kAhead].Handle());
-    // Undefined values and splitters come last, so a defined value needs plain comparisons
-    // with the defined splitters only.
-    const VexaFloat& x = a[i];
-    const int b = IsVexaFloatUndefined(x)
-                      ? static_cast<int>(splitters.size())
-                      : static_cast<int>(std::upper_bound(splitters.begin(), definedEnd, x,
-                                                          std::less<VexaFloat>()) -
-                                         splitters.begin());
-    bucket[i] = static_cast<unsigned char>(b);
-    ++start[b + 1];
-  }
-  for (size_t b = 1; b < start.size(); ++b) start[b] += start[b - 1];
-  std::vector<VexaFloat> placed(n);
-  std::vector<int> next(start.begin(), start.end() - 1);
-  for (int i = 0; i < n; ++i) placed[next[bucket[i]]++] = a[i];
-  std::copy(placed.begin(), placed.end(), a);
+// The data order, decided by the keys where they are clearly apart.
+inline bool KeyedBefore(const Keyed& x, const Keyed& y) {
+  if (VexaFloatKeyLess(x.key, y.key)) return true;
+  if (VexaFloatKeyLess(y.key, x.key)) return false;
+  return STATS_DataGreater_MP(y.value, x.value);
+}
 
-  for (size_t j = 0, b = 0; j < ranks.size();) {
-    while (ranks[j] >= start[b + 1]) ++b;
-    size_t k = j;
-    while (k < ranks.size() && ranks[k] < start[b + 1]) ++k;
-    SelectRanks(a + start[b], start[b + 1] - start[b], ranks.data() + j, static_cast<int>(k - j),
-                start[b]);
-    j = k;
-  }
+void SelectKeyedRanks(Keyed* a, int len, const int* ranks, int count, int offset) {
+  if (count == 0 || len < 1) return;
+  const int mid = count / 2, k = ranks[mid] - offset;
+  std::nth_element(a, a + k, a + len, KeyedBefore);
+  SelectKeyedRanks(a, k, ranks, mid, offset);
+  SelectKeyedRanks(a + k + 1, len - k - 1, ranks + mid + 1, count - mid - 1, offset + k + 1);
 }
 
 }  // namespace
+
+void STATS_SelectOrderStatistics_MP(VexaFloat* data, int n, const int* ranks, int count) {
+  if (n < kKeyedFrom) {
+    SelectRanks(data, n, ranks, count, 0);
+    return;
+  }
+  std::vector<Keyed> keyed;
+  keyed.reserve(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    if (i + kAhead < n) __builtin_prefetch(data[i + kAhead].Handle());
+    const uint64_t key = VexaFloatKey(data[i]);
+    if (key == kVexaFloatNoKey) {  // a value beyond the keys' range: exact comparisons only
+      SelectRanks(data, n, ranks, count, 0);
+      return;
+    }
+    keyed.push_back({key, data[i]});
+  }
+  SelectKeyedRanks(keyed.data(), n, ranks, count, 0);
+  for (int i = 0; i < n; ++i) data[i] = keyed[i].value;
+}
 
 void STATS_SetQuantileType_MP(VexaFloat& a, VexaFloat& b, VexaFloat& c, VexaFloat& d,
                               STATS_QUANTILE_TYPE_MP type) {
@@ -164,10 +155,7 @@ void STATS_SimpleQuantile_MP(VexaFloat* out, VexaFloat* data, VexaFloat* probs, 
   }
   std::sort(ranks.begin(), ranks.end());
   ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
-  if (n >= kBucketsFrom && ranks.size() >= 3 && ranks.size() <= 120)
-    SelectRanksByBuckets(data, n, ranks);
-  else
-    SelectRanks(data, n, ranks.data(), static_cast<int>(ranks.size()), 0);
+  STATS_SelectOrderStatistics_MP(data, n, ranks.data(), static_cast<int>(ranks.size()));
   for (int j = 0; j < m; ++j) {
     const VexaFloat& v = data[lower[j]];
     out[j] = lower[j] == upper[j] || lower[j] == n - 1

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <random>
+#include <string>
 
 #include "data/support.h"
+#include "stats/data/data.h"
 #include "stats/descriptive/descriptive.h"
 
 namespace {
@@ -80,7 +82,7 @@ TEST(OrderStatisticAndMedian, AgreeWithTheSortedData) {
 }
 
 TEST(SimpleQuantile, ManyProbabilitiesOfALargeSampleAgreeWithOneAtATime) {
-  // Large enough for the bucketed selection: ties, missing values, sorted and constant data.
+  // Large enough for the keyed selection: ties, missing values, sorted and constant data.
   const int n = 70000;
   std::mt19937 rng(17);
   std::vector<VexaFloat> ties, sorted, constant(n, VexaFloat(3));
@@ -103,6 +105,43 @@ TEST(SimpleQuantile, ManyProbabilitiesOfALargeSampleAgreeWithOneAtATime) {
         STATS_SimpleQuantile_MP(&one, b.data(), &probs[j], n, 1, type);
         ASSERT_EQ(Texts(&out[j], 1), Texts(&one, 1)) << "p " << Text(probs[j]);
       }
+    }
+  }
+}
+
+TEST(SelectOrderStatistics, LargeArraysAgreeWithTheSortedData) {
+  // Keys cannot tell apart values that differ in the 40th digit, nor infinities from
+  // undefined values or from each other; an exponent beyond the keys' range turns them off.
+  std::mt19937_64 rng(31);
+  auto value = [&](int style) -> VexaFloat {
+    std::string m = std::to_string(rng() % 1000000000000ULL) +
+                    "1234567890123456789012345678901234" + std::to_string(rng() % 3);
+    switch (style) {
+      case 0:
+        return F((rng() % 2 ? "-" : "") + m + "e-" + std::to_string(30 + rng() % 3));
+      case 1:
+        return VexaFloat(static_cast<int>(rng() % 5) - 2);
+      case 2:
+        return rng() % 3 == 0   ? VexaFloatUndefined()
+               : rng() % 2 == 0 ? VexaFloatInfinity(1)
+                                : VexaFloatInfinity(-1);
+      default:
+        return F(m + "e400");
+    }
+  };
+  const int n = 6000;
+  for (int styles : {2, 3, 4}) {
+    std::vector<VexaFloat> d;
+    for (int i = 0; i < n; ++i) d.push_back(value(rng() % 40 == 0 ? styles - 1 : 0));
+    std::vector<VexaFloat> s = d;
+    STATS_SortData_MP(s.data(), n);
+    const std::vector<int> ranks = {0, 1, 17, n / 3, n / 2, n / 2 + 1, n - 150, n - 2, n - 1};
+    STATS_SelectOrderStatistics_MP(d.data(), n, ranks.data(), static_cast<int>(ranks.size()));
+    for (int r : ranks) {
+      ASSERT_EQ(Text(d[r]), Text(s[r])) << "styles " << styles << ", rank " << r;
+      for (int i = 0; i < n; ++i)
+        ASSERT_FALSE(i < r ? STATS_DataGreater_MP(d[i], d[r]) : STATS_DataGreater_MP(d[r], d[i]))
+            << "styles " << styles << ", rank " << r << ", element " << i;
     }
   }
 }
