@@ -82,8 +82,7 @@ void Transform(VexaKernelVector kv, Floats& x, int direction) {
 }  // namespace
 
 VexaFloat STATS_Kernel_MP(STATS_KERNEL_TYPE_MP kernel, const VexaFloat& u) {
-  if (kernel == STATS_KERNEL_GAUSSIAN_MP)
-    return exp(-(u * u) / 2) / sqrt(2 * VexaFloatPi());
+  if (kernel == STATS_KERNEL_GAUSSIAN_MP) return exp(-(u * u) / 2) / sqrt(2 * VexaFloatPi());
   const VexaFloat a = fabs(u);
   if (a > 1) return VexaFloat();
   switch (kernel) {
@@ -107,7 +106,8 @@ VexaFloat STATS_KernelSupport_MP(STATS_KERNEL_TYPE_MP kernel) {
 VexaFloat STATS_SilvermanBandwidth_MP(VexaKernelVector kv, const VexaFloat* data,
                                       const VexaFloat* weights, int n) {
   if (n < 2)
-    VexaRaiseError(kv, "Silverman's rule needs at least two data points; give a positive bandwidth");
+    VexaRaiseError(kv,
+                   "Silverman's rule needs at least two data points; give a positive bandwidth");
   Floats x(data, data + n), w;
   if (weights != nullptr) w.assign(weights, weights + n);
   VexaFloat* wp = weights != nullptr ? w.data() : nullptr;
@@ -127,8 +127,8 @@ VexaFloat STATS_SilvermanBandwidth_MP(VexaKernelVector kv, const VexaFloat* data
   return Decimal("0.9") * spread * pow(VexaFloat(n), Decimal("-0.2"));
 }
 
-void STATS_KernelDensity_MP(VexaFloat* out, const VexaFloat* data, const VexaFloat* weights,
-                            int n, STATS_KERNEL_TYPE_MP kernel, const VexaFloat& h,
+void STATS_KernelDensity_MP(VexaFloat* out, const VexaFloat* data, const VexaFloat* weights, int n,
+                            STATS_KERNEL_TYPE_MP kernel, const VexaFloat& h,
                             const VexaFloat* points, int m) {
   const int digits = VexaDigits();
   Floats sums(m);
@@ -186,8 +186,15 @@ void STATS_KernelDensityBinned_MP(VexaKernelVector kv, VexaFloat* out, const Vex
 
     Floats bins(p), k(p);
     BinLinearly(bins, size, grid, data, weights, n);
+    // The kernel sampled at the grid steps, scaled to a sum of exactly 1 / delta, so that the
+    // binned mass is kept whatever the kernel's shape at its ends.
+    VexaFloat mass;
     for (int64_t l = 0; l <= lags; ++l) {
-      k[l] = STATS_Kernel_MP(kernel, l * delta / h) / h;
+      k[l] = STATS_Kernel_MP(kernel, l * delta / h);
+      mass += l > 0 ? 2 * k[l] : k[l];
+    }
+    for (int64_t l = 0; l <= lags; ++l) {
+      k[l] /= mass * delta;
       if (l > 0) k[p - l] = k[l];
     }
     Transform(kv, bins, -1);

@@ -32,8 +32,8 @@ VexaFloat STATS_SilvermanBandwidth_MP(VexaKernelVector kv, const VexaFloat* data
 
 // out[j] = sum_i w_i K((points[j] - x_i) / h) / (h sum_i w_i), each summed directly with
 // guard digits and rounded once; weights may be null (all 1).
-void STATS_KernelDensity_MP(VexaFloat* out, const VexaFloat* data, const VexaFloat* weights,
-                            int n, STATS_KERNEL_TYPE_MP kernel, const VexaFloat& h,
+void STATS_KernelDensity_MP(VexaFloat* out, const VexaFloat* data, const VexaFloat* weights, int n,
+                            STATS_KERNEL_TYPE_MP kernel, const VexaFloat& h,
                             const VexaFloat* points, int m);
 
 // The estimate at the m >= 2 grid points lo + j (hi - lo) / (m - 1): the data (also those

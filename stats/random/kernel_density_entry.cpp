@@ -32,10 +32,12 @@ KernelSample ReadSample(VexaKernelVector kv, ALGEB data, ALGEB weights, bool ign
                           ignore);
   if (s.n < size)
     VexaUserInfo(kv, 1, "Statistics", "missing data has been detected in the dataset, discarded.");
-  if (s.n == 0) VexaRaiseError1(kv, "expected a sample with data that are not missing, received %1", data);
+  if (s.n == 0)
+    VexaRaiseError1(kv, "expected a sample with data that are not missing, received %1", data);
   VexaFloat total;
   for (int i = 0; i < s.n; ++i) {
-    if (IsVexaFloatUndefined(s.points[i]) || (!s.weights.empty() && IsVexaFloatUndefined(s.weights[i])))
+    if (IsVexaFloatUndefined(s.points[i]) ||
+        (!s.weights.empty() && IsVexaFloatUndefined(s.weights[i])))
       VexaRaiseError1(kv,
                       "the sample holds missing data; set the ignore flag to discard it, "
                       "received %1",
@@ -168,8 +170,8 @@ extern "C" ALGEB STATS_VexaKernelDensityBinned_MP(VexaKernelVector kv, ALGEB arg
   if (m < 2 || m > (1 << 20))
     VexaRaiseError1(kv, "expected a grid size from 2 to 1048576, received %1", entry.Arg(8));
   Floats out(m);
-  STATS_KernelDensityBinned_MP(kv, out.data(), s.points.data(), s.Weights(), s.n, kernel, h, lo,
-                               hi, m);
+  STATS_KernelDensityBinned_MP(kv, out.data(), s.points.data(), s.Weights(), s.n, kernel, h, lo, hi,
+                               m);
   return ArrayOf(kv, out);
 }
 
