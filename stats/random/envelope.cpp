@@ -59,7 +59,7 @@ bool IsMinusInfinity(const VexaFloat& x) {
 
 // The hull: abscissae in increasing order with h and dh there; the envelope's piece ends
 // z[0] = a, z[j] the meeting point of the tangents j - 1 and j, z[k] = b; and the pieces'
-// cumulative masses, relative to exp(top) with top the largest h on the hull.
+// cumulative masses, relative to exp(top) with top the envelope's highest log.
 struct STATS_EnvelopeGenerator_MP::Hull {
   VexaKernelVector kv;
   STATS_VexaGuardedProcAdapter_MP h, dh;
@@ -109,19 +109,27 @@ struct STATS_EnvelopeGenerator_MP::Hull {
     const size_t last = Size() - 1;
     if (j == 0 && IsMinusInfinity(a)) return exp(Tangent(0, z[1]) - top) / s;
     if (j == last && IsVexaFloatInfinity(b)) return exp(Tangent(last, z[last]) - top) / -s;
-    const VexaFloat width = z[j + 1] - z[j], base = exp(Tangent(j, z[j]) - top);
-    if (s == 0) return base * width;
-    return base * Expm1(s * width) / s;
+    // from the piece's higher end, so that nothing overflows
+    const VexaFloat width = z[j + 1] - z[j];
+    if (s == 0) return exp(Tangent(j, z[j]) - top) * width;
+    if (s > 0) return -exp(Tangent(j, z[j + 1]) - top) * Expm1(-s * width) / s;
+    return exp(Tangent(j, z[j]) - top) * Expm1(s * width) / s;
   }
 
   void Build() {
     const size_t k = Size();
-    top = hx[0];
-    for (const VexaFloat& v : hx)
-      if (v > top) top = v;
     z.assign(k + 1, a);
     z[k] = b;
     for (size_t j = 1; j < k; ++j) z[j] = Meeting(j - 1);
+    // the envelope's highest point is at a meeting point or a finite end
+    top = Tangent(0, z[1]);
+    for (size_t j = 0; j < k; ++j) {
+      for (const VexaFloat& end : {z[j], z[j + 1]}) {
+        if (!STATS_IsFinite_MP(end)) continue;
+        const VexaFloat t = Tangent(j, end);
+        if (t > top) top = t;
+      }
+    }
     cumulative.assign(k, VexaFloat());
     VexaFloat sum;
     for (size_t j = 0; j < k; ++j) cumulative[j] = sum += Mass(j);
@@ -146,8 +154,11 @@ struct STATS_EnvelopeGenerator_MP::Hull {
     const VexaFloat v = Positive();
     if (j == 0 && IsMinusInfinity(a)) return z[1] + log(v) / s;
     if (j == last && IsVexaFloatInfinity(b)) return z[last] + log(v) / s;
+    // inverted from the piece's higher end
     const VexaFloat width = z[j + 1] - z[j];
-    VexaFloat c = s == 0 ? z[j] + v * width : z[j] + Log1p(v * Expm1(s * width)) / s;
+    VexaFloat c = z[j] + v * width;
+    if (s > 0) c = z[j + 1] + Log1p(v * Expm1(-s * width)) / s;
+    if (s < 0) c = z[j] + Log1p(v * Expm1(s * width)) / s;
     if (c < z[j]) c = z[j];
     return c > z[j + 1] ? z[j + 1] : c;
   }
@@ -248,7 +259,9 @@ VexaFloat STATS_EnvelopeGenerator_MP::next(VexaKernelVector kv) {
     VexaDigitsScope guard(hull.digits + kGuardDigits);
     for (int trial = 0;; ++trial) {
       if (trial == kMaxTrials)
-        VexaRaiseError(kv, "the envelope sampler made no draw in 10000 trials");
+        VexaRaiseError(kv,
+                       "the envelope sampler made no draw in 10000 trials; start the hull "
+                       "nearer the mode");
       size_t piece, at;
       c = hull.Candidate(&piece);
       const VexaFloat w = STATS_VexaRandomStream_MP::NextDouble();

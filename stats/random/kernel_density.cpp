@@ -157,6 +157,9 @@ void STATS_KernelDensityBinned_MP(VexaKernelVector kv, VexaFloat* out, const Vex
   {
     VexaDigitsScope guard(digits + 5);
     const VexaFloat delta = (hi - lo) / (m - 1);
+    if (delta > h)
+      VexaUserInfo(kv, 1, "Statistics",
+                   "the grid step exceeds the bandwidth: the binned estimate is coarse");
     const VexaFloat reach = STATS_KernelSupport_MP(kernel) * h / delta;
     if (!(reach <= kMaxKernelSteps))
       VexaRaiseError1(kv,

@@ -147,6 +147,11 @@ TEST(Envelope, UnusableDescriptionsAndDensitiesAreReported) {
       {NewList({wavy, wavyDh, minf, inf, NewList({I(-2), I(-1), I(0), I(1), I(2)})}),
        "the density is not log-concave"},
       {NewList({wavy, wavyDh, minf, inf, start}), "the density is not log-concave"},
+      // a hull of 64 points still far too wide to draw from
+      {NewList({h, dh, minf, inf,
+                NewList({vexa::NewFloat(VexaFloatFromString("-1e100")),
+                         vexa::NewFloat(VexaFloatFromString("1e100"))})}),
+       "the envelope sampler made no draw in 10000 trials; start the hull nearer the mode"},
       {NewList({symbolic, dh, minf, inf, start}), "unable to evaluate a to floating-point"},
       {NewList({h, raising, minf, inf, start}), "no value at -1."},
   };
