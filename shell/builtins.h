@@ -25,7 +25,8 @@ ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call);
 
 // seq(e, i = a..b) and seq(e, i = list) as a sequence; add and mul use it too.
 ALGEB SeqValues(Evaluator* ev, const std::string& name, Node* call);
-// type, add, mul, min, max and sort; null for any other name.
+// type, add, mul, min, max, sort, cat, eval, table, printf, member and `if`; null for any
+// other name.
 BuiltinFn CollectionBuiltin(const std::string& name);
 
 // Elements of a list, set, sequence or one-dimensional rtable, for `for x in`.

@@ -1,4 +1,5 @@
-// Builtins over values and collections: type tests, add and mul, min and max, sort.
+// Builtins over values and collections: type tests, add and mul, min and max, sort, cat, eval,
+// table, printf, member and `if`.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -70,6 +71,12 @@ bool MatchesType(const std::string& where, ALGEB e, ALGEB t) {
     return name == "positive" ? sign > 0 : name == "negative" ? sign < 0 : sign >= 0;
   }
   if (name == "realcons") return RealValue(e) != nullptr;
+  if (name == "finite") {
+    ALGEB v = RealValue(e);
+    if (v == nullptr || Compare(v, v) == 2) return false;
+    ALGEB infinity = Evalf(NewName("infinity"));
+    return Compare(v, infinity) < 0 && Compare(v, Negate(infinity)) > 0;
+  }
   if (name == "complex") return IsNumeric(e) || kind == kComplexNode;
   if (name == "string") return IsString(e);
   if (name == "name") return IsName(e);
@@ -86,13 +93,14 @@ bool MatchesType(const std::string& where, ALGEB e, ALGEB t) {
   if (name == "Vector") return IsRTable(e) && Dimensions(e) == 1;
   if (name == "Matrix") return IsRTable(e) && Dimensions(e) == 2;
   if (name == "NULL") return IsNull(e);
-  RaiseIn(where, FormatMessage("unknown type %1; known types: anything, integer, posint, negint, "
-                               "nonnegint, rational, fraction, float, numeric, positive, "
-                               "negative, nonnegative, realcons, complex, string, name, list, "
-                               "set, range, equation, relation, boolean, procedure, function, "
-                               "table, rtable, Array, Vector, Matrix, NULL, {t1, t2, ...}, "
-                               "list(t), set(t)",
-                               t, nullptr));
+  RaiseIn(where,
+          FormatMessage("unknown type %1; known types: anything, integer, posint, negint, "
+                        "nonnegint, rational, fraction, float, numeric, positive, "
+                        "negative, nonnegative, realcons, finite, complex, string, name, list, "
+                        "set, range, equation, relation, boolean, procedure, function, "
+                        "table, rtable, Array, Vector, Matrix, NULL, {t1, t2, ...}, "
+                        "list(t), set(t)",
+                        t, nullptr));
 }
 
 // The values that add, mul, min and max combine: add(e, i = a .. b) as seq does, add(C) the
@@ -236,6 +244,90 @@ ALGEB TypeBuiltin(Evaluator* ev, const std::string& name, Node* call) {
   return MatchesType(name, a[0], a[1]) ? True() : False();
 }
 
+// cat(a, b, ...): the texts of names, strings and integers joined; a string when the first
+// is a string, a name otherwise (cat(Vexa, Normal, Deviate) is VexaNormalDeviate).
+ALGEB Cat(Evaluator* ev, const std::string& name, Node* call) {
+  std::vector<ALGEB> a = ev->EvaluateArguments(call->children, 1);
+  std::string text;
+  for (ALGEB x : a) {
+    if (IsName(x))
+      text += NameText(x);
+    else if (IsString(x))
+      text += StringText(x);
+    else if (IsInteger(x))
+      text += IntegerText(x);
+    else
+      RaiseIn(name, FormatMessage("expects names, strings or integers, received %1", x, nullptr));
+  }
+  return !a.empty() && IsString(a[0]) ? NewString(text) : NewName(text);
+}
+
+// eval(e): one more evaluation; the value of a name that holds a name ('f' gives f's value).
+ALGEB EvalBuiltin(Evaluator* ev, const std::string& name, Node* call) {
+  std::vector<ALGEB> a = ev->EvaluateArguments(call->children, 1);
+  if (a.size() != 1) RaiseIn(name, "eval expects 1 argument, received " + std::to_string(a.size()));
+  if (!IsName(a[0])) return Eval(a[0]);
+  ALGEB value = Lookup(a[0]);
+  return value != nullptr ? value : a[0];
+}
+
+ALGEB TableBuiltin(Evaluator* ev, const std::string& name, Node* call) {
+  if (!ev->EvaluateArguments(call->children, 1).empty())
+    RaiseIn(name, "table expects no arguments: assign its entries as t[key] := value");
+  return NewTable();
+}
+
+// printf(format, a, b, ...): the format with %a (a value as the shell prints it), %s (a string
+// without its quotes, or any value), %d and %g (numbers as printed) replaced in turn, %%
+// a percent sign; no newline is added.
+ALGEB Printf(Evaluator* ev, const std::string& name, Node* call) {
+  std::vector<ALGEB> a = ev->EvaluateArguments(call->children, 1);
+  if (a.empty() || !IsString(a[0])) RaiseIn(name, "printf expects a format string first");
+  const std::string format = StringText(a[0]);
+  std::string out;
+  size_t next = 1;
+  for (size_t i = 0; i < format.size(); ++i) {
+    if (format[i] != '%' || i + 1 == format.size()) {
+      out += format[i];
+      continue;
+    }
+    char c = format[++i];
+    if (c == '%') {
+      out += '%';
+      continue;
+    }
+    if (c != 'a' && c != 's' && c != 'd' && c != 'g')
+      RaiseIn(name, std::string("unknown format %") + c + "; printf knows %a, %s, %d, %g, %%");
+    if (next >= a.size()) RaiseIn(name, "printf has fewer values than its format asks for");
+    ALGEB v = a[next++];
+    out += c == 's' && IsString(v) ? StringText(v) : Print(v);
+  }
+  ev->Out() << out;
+  return Null();
+}
+
+// member(x, C): whether x is an element of a list, set or sequence.
+ALGEB Member(Evaluator* ev, const std::string& name, Node* call) {
+  std::vector<ALGEB> a = ev->EvaluateArguments(call->children, 1);
+  if (a.size() != 2)
+    RaiseIn(name, "member expects 2 arguments, received " + std::to_string(a.size()));
+  if (!IsList(a[1]) && !IsSet(a[1]))
+    RaiseIn(name, FormatMessage("expects a list or set, received %1", a[1], nullptr));
+  for (ALGEB x : Ops(a[1]))
+    if (Equal(x, a[0])) return True();
+  return False();
+}
+
+// `if`(c, a, b): a when c holds, b otherwise; only the one chosen is evaluated.
+ALGEB IfBuiltin(Evaluator* ev, const std::string& name, Node* call) {
+  if (call->children.size() != 4)
+    RaiseIn(name, "if expects 3 arguments, received " + std::to_string(call->children.size() - 1));
+  ALGEB c = EvalBoolean(ev->Evaluate(call->children[1]));
+  if (!IsTrue(c) && !IsFalse(c))
+    RaiseIn(name, FormatMessage("cannot tell whether %1 is true or false", c, nullptr));
+  return ev->Evaluate(call->children[IsTrue(c) ? 2 : 3]);
+}
+
 }  // namespace
 
 BuiltinFn CollectionBuiltin(const std::string& name) {
@@ -244,6 +336,12 @@ BuiltinFn CollectionBuiltin(const std::string& name) {
   if (name == "mul") return MulBuiltin;
   if (name == "min" || name == "max") return Extreme;
   if (name == "sort") return SortBuiltin;
+  if (name == "cat") return Cat;
+  if (name == "eval") return EvalBuiltin;
+  if (name == "table") return TableBuiltin;
+  if (name == "printf") return Printf;
+  if (name == "member") return Member;
+  if (name == "if") return IfBuiltin;
   return nullptr;
 }
 

@@ -130,6 +130,8 @@ std::string Unparse(Node* n) {
     case NodeKind::kFloat:
     case NodeKind::kName:
       return std::string(n->text);
+    case NodeKind::kQuoted:
+      return "'" + std::string(n->text) + "'";
     case NodeKind::kString:
       return "\"" + std::string(n->text) + "\"";
     case NodeKind::kIndex:
@@ -447,6 +449,8 @@ ALGEB Evaluator::Evaluate(Node* e) {
       return NewString(std::string(e->text));
     case NodeKind::kName:
       return EvaluateName(std::string(e->text));
+    case NodeKind::kQuoted:
+      return NameNode(std::string(e->text));
     case NodeKind::kIndex:
       return EvaluateIndex(e);
     case NodeKind::kCall:
@@ -524,28 +528,40 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
 
 ALGEB Evaluator::EvaluateCall(Node* e) {
   Node* head = e->children[0];
-  if (head->kind == NodeKind::kName) {
-    std::string name(head->text);
-    ALGEB head = NameNode(name);
-    ALGEB value = Lookup(head);
-    if (value == nullptr || !IsProcedure(value)) {
-      bool found = false;
-      ALGEB r = Builtin(this, name, e, &found);
-      if (found) return r;
-      if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
-        std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
-        r = CallLibrary(name, args, &found);
-        if (found) return r;
-      }
-    }
-    std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
-    if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
-    return NewFunction(head, args);
-  }
+  // 'f'(x) is the unevaluated call, whatever f stands for
+  if (head->kind == NodeKind::kQuoted)
+    return NewFunction(NameNode(std::string(head->text)), EvaluateArguments(e->children, 1));
+  if (head->kind == NodeKind::kName) return CallName(std::string(head->text), e);
   ALGEB f = Evaluate(head);
+  if (IsName(f)) return CallName(NameText(f), e);
   std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
   if (IsProcedure(f)) return CallProcedure(f, NewExpseq(args));
   return NewFunction(f, args);
+}
+
+// A procedure, a builtin or a library entry point called by name. A name whose value is
+// another name calls that one: after f := sin, f(1.) is sin(1.).
+ALGEB Evaluator::CallName(std::string name, Node* e) {
+  ALGEB head = NameNode(name);
+  ALGEB value = Lookup(head);
+  for (int hops = 0; value != nullptr && IsName(value) && value != head && hops < 100; ++hops) {
+    name = NameText(value);
+    head = NameNode(name);
+    value = Lookup(head);
+  }
+  if (value == nullptr || !IsProcedure(value)) {
+    bool found = false;
+    ALGEB r = Builtin(this, name, e, &found);
+    if (found) return r;
+    if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
+      std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+      r = CallLibrary(name, args, &found);
+      if (found) return r;
+    }
+  }
+  std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+  if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
+  return NewFunction(head, args);
 }
 
 ALGEB Evaluator::CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found) {
