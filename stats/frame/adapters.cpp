@@ -10,3 +10,9 @@ VexaFloat STATS_VexaProcAdapter_MP::Call(VexaFloat x) {
   if (!IsVexaNumeric(m_kv, r)) r = EvalVexaProcedure(m_kv, ToVexaName(m_kv, "evalf", true), r);
   return STATS_VexaFloatToDouble_MP(m_kv, r);
 }
+
+VexaFloat STATS_VexaGuardedProcAdapter_MP::Call(VexaFloat x) {
+  VexaFloat args[2] = {VexaFloat(), x};
+  STATS_VexaUtils_MP::VexaCallbackArgs a = {m_proc, nullptr, 1, args};
+  return STATS_VexaUtils_MP::EvalfVexaProc(&a);
+}

@@ -102,6 +102,19 @@ class STATS_VexaProcAdapter_MP : public STATS_VexaCallbackAdapter_MP {
   ALGEB m_proc;
 };
 
+// A host procedure through guarded evaluation: every result is a finite float, or the call
+// raises (the procedure's own error, or "unable to evaluate %1 to floating-point").
+class STATS_VexaGuardedProcAdapter_MP : public STATS_VexaCallbackAdapter_MP {
+ public:
+  STATS_VexaGuardedProcAdapter_MP(VexaKernelVector kv, ALGEB proc)
+      : STATS_VexaCallbackAdapter_MP(kv), m_proc(proc) {}
+  ~STATS_VexaGuardedProcAdapter_MP() override {}
+  VexaFloat Call(VexaFloat x) override;
+
+ private:
+  ALGEB m_proc;
+};
+
 // A native function.
 class STATS_VexaCFuncAdapter_MP : public STATS_VexaCallbackAdapter_MP {
  public:

@@ -1,5 +1,5 @@
-// The generator base, the table-driven default generator and the envelope generator's
-// placeholder.
+// The generator base and the table-driven default generator (the envelope generator lives in
+// envelope.cpp).
 #include "random/generators.h"
 
 #include "distributions/distributions.h"
@@ -102,12 +102,4 @@ int STATS_DefaultGenerator_MP::initialize(VexaKernelVector kv, ALGEB d) {
 
 VexaFloat STATS_DefaultGenerator_MP::next(VexaKernelVector kv) {
   return m_variate(kv, m_parameters);
-}
-
-int STATS_EnvelopeGenerator_MP::initialize(VexaKernelVector, ALGEB) {
-  return 0;
-}
-
-VexaFloat STATS_EnvelopeGenerator_MP::next(VexaKernelVector kv) {
-  return STATS_RandomVariateGenerator_MP::next(kv);
 }

@@ -36,13 +36,27 @@ class STATS_DefaultGenerator_MP : public STATS_RandomVariateGenerator_MP {
   VexaFloat* m_parameters;
 };
 
-// The adaptive rejection envelope generator. Its sampler is not part of this build, so every
-// description fails initialize (returns 0).
+// Adaptive rejection sampling (Gilks and Wild 1992) from a log-concave density. Description
+// [h, dh, a, b, [x1, ..., xk]]: h a procedure giving the log-density up to a constant, dh its
+// derivative, the support a .. b (either end may be infinite), k >= 2 increasing starting
+// abscissae inside it, with dh(x1) > 0 when a = -infinity and dh(xk) < 0 when b = infinity.
+// A malformed description raises; one whose derivatives at the ends do not bound the hull
+// makes initialize return 0. The hull grows by every point at which h had to be evaluated,
+// up to 64 points. h and dh go through guarded evaluation; evidence that h is not concave
+// raises "the density is not log-concave".
 class STATS_EnvelopeGenerator_MP : public STATS_RandomVariateGenerator_MP {
  public:
-  explicit STATS_EnvelopeGenerator_MP(VexaKernelVector kv) : STATS_RandomVariateGenerator_MP(kv) {}
+  explicit STATS_EnvelopeGenerator_MP(VexaKernelVector kv);
+  ~STATS_EnvelopeGenerator_MP() override;
   int initialize(VexaKernelVector kv, ALGEB description) override;
   VexaFloat next(VexaKernelVector kv) override;
+
+  // Evaluations of h (each also of dh) so far, for measuring the envelope's efficiency.
+  long Evaluations() const;
+
+ private:
+  struct Hull;
+  Hull* m_hull;
 };
 
 extern "C" {

@@ -115,4 +115,17 @@ void VexaMP_m01dsc(const void* vec, size_t n, ptrdiff_t stride,
                    int (*compare)(const char* a, const char* b), Nag_SortOrder order,
                    size_t ranks[], NagError* fail);
 
+// ---- Fourier transforms (Fortran argument lists: every argument by address). ----
+// Sequences of n >= 1 values scaled by 1/sqrt(n); a Hermitian sequence z is stored in n
+// reals: x[0] = Re z0, x[k] = Re zk for 1 <= k <= n/2, x[n-k] = Im zk for 1 <= k <= (n-1)/2.
+// Any n; results correctly rounded in all but rare cases (guard digits, one final rounding).
+// *ifail is 0 on success and 1 for n < 1 (x untouched). work (n values) may be any array.
+// c06faf: the real sequence x becomes zk = sum_j xj exp(-2 pi i jk/n) / sqrt(n).
+void VexaMP_c06faf_(VexaFloat* x, const int* n, VexaFloat* work, int* ifail);
+// c06fbf: the Hermitian sequence x becomes the real xj = sum_k zk exp(2 pi i jk/n) / sqrt(n);
+// so c06fbf undoes c06faf.
+void VexaMP_c06fbf_(VexaFloat* x, const int* n, VexaFloat* work, int* ifail);
+// c06gbf: the Hermitian sequence x becomes its complex conjugate.
+void VexaMP_c06gbf_(VexaFloat* x, const int* n, int* ifail);
+
 #endif
