@@ -195,9 +195,10 @@ TEST(Continuous, TinyShapes) {
   auto check = [&](std::function<VexaFloat()> call, const char* p) {
     VexaFloat x;
     EXPECT_NO_THROW(x = call());
-    if (fail.code != NE_NOERROR)
+    if (fail.code != NE_NOERROR) {
       EXPECT_NE(std::string(fail.message).find("p = " + std::string(p) + "."), std::string::npos)
           << fail.message;
+    }
   };
   check([&] { return VexaMP_g01fec(0.3, VexaFloatFromString("1e-400"), 3, 0.0, &fail); }, "0.3");
   check([&] { return VexaMP_g01ffc(0.835, VexaFloatFromString("1e-400"), 1, 0.0, &fail); },

@@ -166,7 +166,9 @@ TEST(Ziggurat, EachBranchConsumesItsStreamWords) {
         ASSERT_GE(floats, 1u) << call;
         // accepted at the first wedge test: one uniform, the candidate itself
         if (floats == 1 && x == VexaFloat(h) * w[i]) ++wedge;
-        if (!normal && h < 0) ASSERT_EQ(floats, 1u) << "a negative candidate always passes";
+        if (!normal && h < 0) {
+          ASSERT_EQ(floats, 1u) << "a negative candidate always passes";
+        }
       } else {
         ASSERT_GE(floats, 1u) << call;
         // layer 1 accepted at once returns the held uniform: none yet, so the default 0

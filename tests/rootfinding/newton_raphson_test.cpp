@@ -42,7 +42,9 @@ TEST(NewtonRaphson, ConvergesQuadraticallyAt50And500Digits) {
     VexaDigitsScope wide(digits + 20);
     for (size_t k = 1; k < f.points.size(); ++k) {
       const VexaFloat before = fabs(f.values[k - 1] - root), after = fabs(f.values[k] - root);
-      if (after > 10 * tol) EXPECT_TRUE(after <= before * before) << "step " << k;
+      if (after > 10 * tol) {
+        EXPECT_TRUE(after <= before * before) << "step " << k;
+      }
     }
     steps[digits] = f.points.size();
     EXPECT_EQ(df.points.size(), f.points.size());
