@@ -296,6 +296,15 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
 }
 
 }  // namespace
+
+void RegularizedGammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
+  GammaLower(res, a, x, prec);
+}
+
+void RegularizedGammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec) {
+  GammaUpper(res, a, x, prec);
+}
+
 }  // namespace vexa
 
 using namespace vexa;

@@ -63,6 +63,33 @@ VexaFloat STATS_GammaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, V
 VexaFloat STATS_BetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
 VexaFloat STATS_BetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
 
+// ---- Noncentral: Student t (nu, delta), chi-square (nu, lambda), F-ratio (nu1, nu2,
+// lambda), beta (a, b, lambda). Probabilities from the numerical library; each deviate
+// solves Probability(x) = p by Brent's method to the tolerance 10^-Digits (p = 0 and 1 give
+// the ends of the support, p outside [0, 1] an error). ----
+// The iteration limit handed to the numerical library's noncentral routines, which sum their
+// series until a proven bound of the rest is negligible.
+constexpr long STATS_NONCENTRAL_ITERATIONS_MP = 1000;
+// Brent's tolerance and iteration limit of the deviates: 10^-Digits and 100 + 4 Digits.
+VexaFloat STATS_NonCentralTolerance_MP();
+int STATS_NonCentralIterations_MP();
+// Raises "invalid value for the tail probability: %1" for p outside [0, 1].
+void STATS_CheckTailProbability_MP(VexaKernelVector kv, const VexaFloat& p);
+VexaFloat STATS_NonCentralStudentTProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu,
+                                                 VexaFloat delta);
+VexaFloat STATS_NonCentralChiSquareProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu,
+                                                  VexaFloat lambda);
+VexaFloat STATS_NonCentralChiSquareDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu,
+                                              VexaFloat lambda);
+VexaFloat STATS_NonCentralFRatioProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu1,
+                                               VexaFloat nu2, VexaFloat lambda);
+VexaFloat STATS_NonCentralFRatioDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu1,
+                                           VexaFloat nu2, VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a,
+                                             VexaFloat b, VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a,
+                                         VexaFloat b, VexaFloat lambda);
+
 // ---- Error distribution: location a, scale b, shape c (c = 1 is the normal law) ----
 // The x at which the distribution function F (density f) reaches p, both given as functions.
 VexaFloat STATS_ErrorDeviate_MP(VexaKernelVector kv, VexaFloat p, STATS_VexaCallbackAdapter_MP& F,
