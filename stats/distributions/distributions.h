@@ -65,12 +65,12 @@ VexaFloat STATS_BetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, Ve
 
 // ---- Noncentral: Student t (nu, delta), chi-square (nu, lambda), F-ratio (nu1, nu2,
 // lambda), beta (a, b, lambda). Probabilities from the numerical library; each deviate
-// solves Probability(x) = p by Brent's method to the tolerance 10^-Digits (p = 0 and 1 give
+// solves Probability(x) = p by Brent's method to the tolerance 10^(2-Digits) (p = 0 and 1 give
 // the ends of the support, p outside [0, 1] an error). ----
 // The iteration limit handed to the numerical library's noncentral routines, which sum their
 // series until a proven bound of the rest is negligible.
 constexpr long STATS_NONCENTRAL_ITERATIONS_MP = 1000;
-// Brent's tolerance and iteration limit of the deviates: 10^-Digits and 100 + 4 Digits.
+// Brent's tolerance and iteration limit of the deviates: 10^(2-Digits) and 100 + 4 Digits.
 VexaFloat STATS_NonCentralTolerance_MP();
 int STATS_NonCentralIterations_MP();
 // Raises "invalid value for the tail probability: %1" for p outside [0, 1].

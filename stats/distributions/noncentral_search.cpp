@@ -3,8 +3,10 @@
 #include "distributions/distributions.h"
 #include "frame/frame.h"
 
+// Brent's step is at least tol (2 |b| + 1/2): at 10^(2 - Digits) it stays above the unit in
+// the last place of b, so that every step moves b.
 VexaFloat STATS_NonCentralTolerance_MP() {
-  return pow(VexaFloat(10.0), VexaFloat(static_cast<double>(-VexaDigits())));
+  return pow(VexaFloat(10.0), VexaFloat(static_cast<double>(2 - VexaDigits())));
 }
 
 int STATS_NonCentralIterations_MP() {

@@ -6,7 +6,8 @@ lambda) and beta (g01gec: x a b lambda) routines at 10, 30 and 100 digits.
 mpmath sums the Poisson mixtures from j = 0 with its own incomplete gamma and beta functions,
 at 3*digits+50 decimal digits and again 25 higher (plus the digits a t sum cancels); a rounding
 is written only when both agree. Above the mean the upper tail is summed and subtracted from 1.
-The t series is checked against a quadrature of E[Phi(t sqrt(V/df) - delta)] at 30 digits.
+The t series is checked against a quadrature of E[Phi(t sqrt(V/df) - delta)] to 25 digits
+(for df >= 2).
 
 Usage: python3 make_numlib_noncentral_reference.py [output]
 """
@@ -116,6 +117,8 @@ def main():
                                                               "numlib_noncentral.txt")
     with mp.workdps(40):
         for t, df, delta in T_CASES[:10]:
+            if mpf(df) < 2:
+                continue  # the chi density's pole at 0 defeats the quadrature
             a, b = nct(t, df, delta), nct_quad(t, df, delta)
             assert abs(a - b) <= mpf(10) ** -25 * abs(a), (t, df, delta, a, b)
     lines = ["# op digits args... expected: the lower tail correctly rounded to digits digits.",
