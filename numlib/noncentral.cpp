@@ -142,14 +142,31 @@ void Weight(arb_t w, const Weights& wt, ulong j, slong prec) {
   arb_exp(w, w, prec);
 }
 
-// True (and the bound added to s) when the rest t R / (1 - R) is below s 2^-(prec + 8).
-bool RestNegligible(arb_t s, const arb_t t, double ratio, slong prec) {
+// A bound of the rest of a series whose later terms shrink by the ratio at most (0 when the
+// ratio is not below 1): t ratio / (1 - ratio), t the last term.
+void GeometricRest(arb_t rest, const arb_t t, double ratio) {
   ratio *= 1 + 1e-9;  // the double bound's own rounding
-  if (!(ratio < 1)) return false;
-  Ball rest, lower, factor;
-  arb_get_abs_ubound_arf(arb_midref(rest.v), t, 64);
+  if (!(ratio < 1)) {
+    arb_pos_inf(rest);
+    return;
+  }
+  Ball factor;
+  arb_zero(rest);
+  arb_get_abs_ubound_arf(arb_midref(rest), t, 64);
   arb_set_d(factor.v, ratio / (1 - ratio));
-  arb_mul(rest.v, rest.v, factor.v, 64);
+  arb_mul(rest, rest, factor.v, 64);
+}
+
+// True (and the bound added to s) when the rest of the sum is below s 2^-(prec + 8). The
+// rest is bounded by the terms t with their ratio bound, or, every F_j lying in [0, 1], by
+// the weights w alone with theirs.
+bool RestNegligible(arb_t s, const arb_t t, double termRatio, const arb_t w, double weightRatio,
+                    slong prec) {
+  Ball rest, other, lower;
+  GeometricRest(rest.v, t, termRatio);
+  GeometricRest(other.v, w, weightRatio);
+  if (arb_lt(other.v, rest.v)) arb_swap(rest.v, other.v);
+  if (!arb_is_finite(rest.v)) return false;
   arb_get_lbound_arf(arb_midref(lower.v), s, 64);
   arb_mul_2exp_si(lower.v, lower.v, -(prec + 8));
   if (arf_sgn(arb_midref(lower.v)) <= 0 || arb_gt(rest.v, lower.v)) return false;
@@ -190,8 +207,9 @@ void MixtureSum(arb_t res, const Component& c, const Weights& wt, slong prec) {
       arb_mul(w.v, w.v, r.v, wp);
       arb_mul(t.v, w.v, f.v, wp);
       arb_add(res, res, t.v, wp);
-      double ratio = wt.mud / (j + 2 + wt.s) * c.UpFactor(j + 1);
-      if (RestNegligible(res, t.v, ratio, prec)) break;
+      const double weightRatio = wt.mud / (j + 2 + wt.s);
+      if (RestNegligible(res, t.v, weightRatio * c.UpFactor(j + 1), w.v, weightRatio, prec))
+        break;
       if (j + 1 == mode + kMaxTerms) arb_indeterminate(res);
     }
   }
@@ -214,8 +232,9 @@ void MixtureSum(arb_t res, const Component& c, const Weights& wt, slong prec) {
       arb_mul(t.v, w.v, f.v, wp);
       arb_add(res, res, t.v, wp);
       if (j == 1) break;
-      double ratio = (j - 1 + wt.s) / wt.mud * c.DownFactor(j - 1);
-      if (RestNegligible(res, t.v, ratio, prec)) break;
+      const double weightRatio = (j - 1 + wt.s) / wt.mud;
+      if (RestNegligible(res, t.v, weightRatio * c.DownFactor(j - 1), w.v, weightRatio, prec))
+        break;
     }
   }
 }
