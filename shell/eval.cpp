@@ -40,10 +40,10 @@ std::string PrintBody(void* body);
 
 const ProcedureHooks kHooks = {CallHook, PrintBody};
 
-const std::set<std::string> kProtected = {"Pi",        "infinity", "undefined", "true",    "false",
-                                          "FAIL",      "NULL",     "evalf",     "seq",     "time",
-                                          "randomize", "Array",    "Vector",    "convert", "nops",
-                                          "op",        "lhs",      "rhs",       "Float"};
+const std::set<std::string> kProtected = {
+    "Pi",    "infinity",  "undefined", "true",   "false",   "FAIL", "NULL", "evalf", "seq",
+    "time",  "randomize", "Array",     "Vector", "convert", "nops", "op",   "lhs",   "rhs",
+    "Float", "type",      "add",       "mul",    "min",     "max",  "sort"};
 
 // Values of a sequence are spliced into lists, sets and argument lists.
 void Splice(std::vector<ALGEB>* into, ALGEB v) {
@@ -574,6 +574,11 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
     std::string local(l);
     frame->names[local] = NewName(local, false);
   }
+  // args: every argument as a sequence, however many parameters; nargs: their count.
+  if (!frame->names.count("args"))
+    Assign(frame->names["args"] = NewName("args", false), NewExpseq(values));
+  if (!frame->names.count("nargs"))
+    Assign(frame->names["nargs"] = NewName("nargs", false), NewInteger(values.size()));
   struct Scope {
     std::vector<Frame*>* frames;
     int* depth;
