@@ -250,4 +250,27 @@ VexaFloat STATS_NonCentralBetaProbability_MP(VexaKernelVector kv, VexaFloat x, V
 VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a,
                                          VexaFloat b, VexaFloat lambda);
 
+// Variates. The chi-square one is exact with method 0 (a central chi-square with nu + 2N
+// degrees of freedom, N Poisson of mean lambda / 2), and otherwise inverts the distribution
+// function at a uniform draw; the others are built from exact central and normal variates.
+VexaFloat STATS_NonCentralChiSquareRandomVariate_MP(VexaKernelVector kv, VexaFloat nu,
+                                                    VexaFloat lambda, int method);
+VexaFloat STATS_NonCentralFRatioRandomVariate_MP(VexaKernelVector kv, VexaFloat nu1, VexaFloat nu2,
+                                                 VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b,
+                                               VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_NonCentralStudentTRandomVariate_MP(VexaKernelVector kv, VexaFloat nu,
+                                                   VexaFloat delta);
+VexaFloat STATS_NonCentralStudentTRandomVariate_MP(VexaKernelVector kv,
+                                                   const VexaFloat* parameters);
+// The exact noncentral chi-square draw, and the check of its parameters (nu > 0 finite,
+// 0 <= lambda <= 10^6) that the variates share.
+VexaFloat STATS_NonCentralChiSquareVariate_MP(const VexaFloat& nu, const VexaFloat& lambda);
+void STATS_RequireNonCentralChiSquare_MP(VexaKernelVector kv, const VexaFloat& nu,
+                                         const VexaFloat& lambda);
+// The six-argument noncentral chi-square sample: each draw u solved from F(x) = u by Brent's
+// method on [L(u), U(u)], F, L and U host procedures.
+ALGEB STATS_NonCentralChiSquareRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+
 #endif

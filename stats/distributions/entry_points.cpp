@@ -50,6 +50,10 @@ template <>
 inline long Parameter<long>(const VexaFloat& x) {
   return STATS_DoubleToInteger_MP(x);
 }
+template <>
+inline int Parameter<int>(const VexaFloat& x) {
+  return static_cast<int>(STATS_DoubleToInteger_MP(x));
+}
 
 template <class F, F f>
 struct BoundAs;
@@ -261,13 +265,13 @@ DIST4(NegativeBinomial, 3, 3, 2, 3, W(STATS_NegativeBinomialProbability_MP),
       W(STATS_NegativeBinomialDeviate_MP), AS(Variate2, STATS_NegativeBinomialRandomVariate_MP))
 ENTRY(NonCentralBeta, Probability, 4, W(STATS_NonCentralBetaProbability_MP))
 STATS_OWN_ENTRY(NonCentralBeta, Deviate, 4, NonCentralDeviate3<STATS_NonCentralBetaDeviate_MP>)
-ENTRY(NonCentralBeta, RandomVariate, 3, MISSING)
-ENTRY(NonCentralBeta, RandomSample, 4, MISSING)
+ENTRY(NonCentralBeta, RandomVariate, 3, AS(Variate3, STATS_NonCentralBetaRandomVariate_MP))
+ENTRY(NonCentralBeta, RandomSample, 4, AS(Variate3, STATS_NonCentralBetaRandomVariate_MP))
 ENTRY(NonCentralFRatio, Probability, 4, W(STATS_NonCentralFRatioProbability_MP))
 STATS_OWN_ENTRY(NonCentralFRatio, Deviate, 4,
                 NonCentralDeviate3<STATS_NonCentralFRatioDeviate_MP>)
-ENTRY(NonCentralFRatio, RandomVariate, 3, MISSING)
-ENTRY(NonCentralFRatio, RandomSample, 4, MISSING)
+ENTRY(NonCentralFRatio, RandomVariate, 3, W(STATS_NonCentralFRatioRandomVariate_MP))
+ENTRY(NonCentralFRatio, RandomSample, 4, W(STATS_NonCentralFRatioRandomVariate_MP))
 DIST4(Pareto, 3, 3, 2, 3, W(STATS_ParetoProbability_MP), W(STATS_ParetoDeviate_MP),
       AS(Variate2, STATS_ParetoRandomVariate_MP))
 DIST4(Poisson, 2, 2, 1, 2, W(STATS_PoissonProbability_MP), W(STATS_PoissonDeviate_MP),
@@ -308,14 +312,15 @@ ENTRY(Moyal, RandomSample, 3, AS(Variate2, STATS_MoyalRandomVariate_MP))
 
 ENTRY(NonCentralChiSquare, Probability, 3, W(STATS_NonCentralChiSquareProbability_MP))
 STATS_OWN_ENTRY(NonCentralChiSquare, Deviate, 3, NonCentralChiSquareDeviate)
-ENTRY(NonCentralChiSquare, RandomVariate, 3, MISSING)
-STATS_ENTRY(NonCentralChiSquare, RandomSample, 4, 6,
-            "VexaNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", MISSING,
-            Form::kOpaque, CheckNonCentralChiSquareSample)
+ENTRY(NonCentralChiSquare, RandomVariate, 3, W(STATS_NonCentralChiSquareRandomVariate_MP))
+STATS_ENTRY_ROW(NonCentralChiSquare, RandomSample, 4, 6,
+                "VexaNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1",
+                kNotAvailable, Form::kOwn, CheckNonCentralChiSquareSample,
+                STATS_NonCentralChiSquareRandomSampleEntry_MP)
 
 ENTRY(NonCentralStudentT, Probability, 3, W(STATS_NonCentralStudentTProbability_MP))
-ENTRY(NonCentralStudentT, RandomVariate, 2, MISSING)
-ENTRY(NonCentralStudentT, RandomSample, 3, MISSING)
+ENTRY(NonCentralStudentT, RandomVariate, 2, AS(Variate2, STATS_NonCentralStudentTRandomVariate_MP))
+ENTRY(NonCentralStudentT, RandomSample, 3, AS(Variate2, STATS_NonCentralStudentTRandomVariate_MP))
 
 ENTRY(Normal, Probability, 3, W(STATS_NormalProbability_MP))
 ENTRY(Normal, Deviate, 3, W(STATS_NormalDeviate_MP))

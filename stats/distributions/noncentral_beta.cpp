@@ -1,7 +1,10 @@
 // The noncentral beta distribution with shapes a, b and noncentrality lambda: the
-// distribution function from the numerical library, the quantile by Brent's method on [0, 1].
+// distribution function from the numerical library, the quantile by Brent's method on [0, 1];
+// variates as X / (X + Y) for a noncentral chi-square X with 2a degrees of freedom and a
+// central one Y with 2b.
 #include "distributions/distributions.h"
 #include "frame/frame.h"
+#include "random/variates.h"
 #include "rootfinding/rootfinding.h"
 
 namespace {
@@ -38,4 +41,20 @@ VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaF
   _NonCentralBetaProbabilityAdapter f(kv, a, b, lambda);
   return STATS_BrentMethod_MP(kv, p, f, VexaFloat(0.0), VexaFloat(1.0),
                               STATS_NonCentralTolerance_MP(), STATS_NonCentralIterations_MP());
+}
+
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b,
+                                               VexaFloat lambda) {
+  STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(a),
+                            "the first shape must be positive and finite, received: %1", a);
+  STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(b),
+                            "the second shape must be positive and finite, received: %1", b);
+  STATS_RequireNonCentralChiSquare_MP(kv, 2 * a, lambda);
+  const VexaFloat x = STATS_NonCentralChiSquareVariate_MP(2 * a, lambda);
+  const VexaFloat y = STATS_ChiSquareVariate_MP(2 * b);
+  return x / (x + y);
+}
+
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters) {
+  return STATS_NonCentralBetaRandomVariate_MP(kv, parameters[0], parameters[1], parameters[2]);
 }

@@ -1,8 +1,10 @@
 // The noncentral F-ratio distribution with nu1 and nu2 degrees of freedom and noncentrality
 // lambda: the distribution function from the numerical library, the quantile by Brent's
-// method searching right of 0 from (nu1 + lambda) / nu1.
+// method searching right of 0 from (nu1 + lambda) / nu1; variates as (X / nu1) / (Y / nu2)
+// for a noncentral chi-square X and a central one Y.
 #include "distributions/distributions.h"
 #include "frame/frame.h"
+#include "random/variates.h"
 #include "rootfinding/rootfinding.h"
 
 namespace {
@@ -43,4 +45,14 @@ VexaFloat STATS_NonCentralFRatioDeviate_MP(VexaKernelVector kv, VexaFloat p, Vex
   return STATS_BrentMethodHybridLeft_MP(kv, p, f, VexaFloat(0.0), VexaFloat(1.0), VexaFloat(0.0),
                                         (nu1 + lambda) / nu1, STATS_NonCentralTolerance_MP(),
                                         STATS_NonCentralIterations_MP());
+}
+
+VexaFloat STATS_NonCentralFRatioRandomVariate_MP(VexaKernelVector kv, VexaFloat nu1, VexaFloat nu2,
+                                                 VexaFloat lambda) {
+  STATS_RequireNonCentralChiSquare_MP(kv, nu1, lambda);
+  STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(nu2),
+                            "the degrees of freedom must be positive and finite, received: %1", nu2);
+  const VexaFloat x = STATS_NonCentralChiSquareVariate_MP(nu1, lambda);
+  const VexaFloat y = STATS_ChiSquareVariate_MP(nu2);
+  return (x / nu1) / (y / nu2);
 }
