@@ -355,12 +355,13 @@ VexaFloat NoncentralT(const VexaFloat& t, const VexaFloat& df, const VexaFloat& 
   slong extra = kExtraBits;
   // t >= 0: lower = Phi(-delta) + even + odd, upper = (even + odd) of the upper terms.
   // t < 0:  lower = (even - odd) of the upper terms, upper = Phi(delta) + (even - odd).
-  // Each is summed directly when it is the smaller tail (about: t below delta for the lower
-  // tail), else as the complement of the other.
+  // For t >= 0 the smaller tail (about: the lower one for t below delta) is summed directly
+  // and the other is its complement. For t < 0 both are summed directly: the upper tail's
+  // even - odd part is small beside Phi(delta) >= 1/2.
   const bool negative = t < 0;
   bool direct;  // the requested tail summed directly
   if (negative)
-    direct = !upper;  // the lower tail at t < 0 is below Phi(-delta) <= 1/2
+    direct = true;
   else
     direct = upper ? ToDouble(t) >= ToDouble(delta) : ToDouble(t) <= ToDouble(delta);
   const bool wantLower = upper != direct;  // the tail that is summed
