@@ -28,7 +28,8 @@ struct Component {
   bool decreasing = true;
   virtual ~Component() = default;
   virtual void Direct(arb_t f, arb_t h, ulong j, slong prec) const = 0;  // F_j and h_j
-  virtual void StepRatio(arb_t r, ulong j, slong prec) const = 0;         // h_(j+1) / h_j
+  virtual void StepUp(arb_t h, ulong j, slong prec) const = 0;           // h_j to h_(j+1)
+  virtual void StepDown(arb_t h, ulong j, slong prec) const = 0;         // h_j to h_(j-1)
   virtual double UpFactor(ulong j) const = 0;
   virtual double DownFactor(ulong j) const = 0;
 };
@@ -40,6 +41,7 @@ struct Component {
 struct GammaComponent : Component {
   const arb_struct* a;
   const arb_struct* y;
+  const arb_struct* inverseY;
   double ad, yd;
   void Shape(arb_t s, ulong j, slong prec) const { arb_add_ui(s, a, j, prec); }
   void Direct(arb_t f, arb_t h, ulong j, slong prec) const override {
@@ -57,18 +59,25 @@ struct GammaComponent : Component {
     arb_sub(h, h, t.v, prec);
     arb_exp(h, h, prec);
   }
-  void StepRatio(arb_t r, ulong j, slong prec) const override {
-    Shape(r, j + 1, prec);
-    arb_div(r, y, r, prec);
+  // h_(j+1) = h_j y / (a + j + 1), h_(j-1) = h_j (a + j) / y
+  void StepUp(arb_t h, ulong j, slong prec) const override {
+    Ball s;
+    Shape(s.v, j + 1, prec);
+    arb_mul(h, h, y, prec);
+    arb_div(h, h, s.v, prec);
+  }
+  void StepDown(arb_t h, ulong j, slong prec) const override {
+    Ball s;
+    Shape(s.v, j, prec);
+    arb_mul(h, h, s.v, prec);
+    arb_mul(h, h, inverseY, prec);
   }
   double UpFactor(ulong j) const override {
     if (decreasing) return 1;
     double s = ad + j;
     return s >= 1 ? 1 + yd / s : kInfinity;
   }
-  double DownFactor(ulong j) const override {
-    return decreasing ? (ad + j + yd) / yd : 1;
-  }
+  double DownFactor(ulong j) const override { return decreasing ? (ad + j + yd) / yd : 1; }
 };
 
 // F_j = I_z(a + j, b) (lower) or I_zc(b, a + j), h_j = Gamma(a+j+b) / (Gamma(a+j+1) Gamma(b))
@@ -102,13 +111,24 @@ struct BetaComponent : Component {
     arb_addmul(h, t.v, b, prec);
     arb_exp(h, h, prec);
   }
-  void StepRatio(arb_t r, ulong j, slong prec) const override {
+  // h_(j+1) = h_j (a_j + b) z / (a_j + 1), h_(j-1) = h_j a_j / ((a_j - 1 + b) z)
+  void StepUp(arb_t h, ulong j, slong prec) const override {
     Ball s, t;
     Shape(s.v, j, prec);
-    arb_add(r, s.v, b, prec);
-    arb_mul(r, r, z, prec);
+    arb_add(t.v, s.v, b, prec);
+    arb_mul(h, h, t.v, prec);
+    arb_mul(h, h, z, prec);
     arb_add_ui(t.v, s.v, 1, prec);
-    arb_div(r, r, t.v, prec);
+    arb_div(h, h, t.v, prec);
+  }
+  void StepDown(arb_t h, ulong j, slong prec) const override {
+    Ball s, t;
+    Shape(s.v, j, prec);
+    arb_mul(h, h, s.v, prec);
+    arb_add(t.v, s.v, b, prec);
+    arb_sub_ui(t.v, t.v, 1, prec);
+    arb_mul(t.v, t.v, z, prec);
+    arb_div(h, h, t.v, prec);
   }
   double UpFactor(ulong j) const override { return decreasing ? 1 : 1 + bd / (ad + j); }
   double DownFactor(ulong j) const override {
@@ -181,16 +201,20 @@ bool RestNegligible(arb_t s, const arb_t t, double termRatio, const arb_t w, dou
 // sum_j w_j F_j from the mode of the weights outward.
 void MixtureSum(arb_t res, const Component& c, const Weights& wt, slong prec) {
   const slong wp = prec + 24;
-  const ulong mode =
-      wt.mud > wt.s + 1 ? static_cast<ulong>(std::floor(wt.mud - wt.s)) : 0;
+  const ulong mode = wt.mud > wt.s + 1 ? static_cast<ulong>(std::floor(wt.mud - wt.s)) : 0;
   Ball f0, h0, w0, t;
   c.Direct(f0.v, h0.v, mode, wp);
   Weight(w0.v, wt, mode, wp);
   arb_mul(res, w0.v, f0.v, wp);
   if (arb_is_zero(wt.mu)) return;
   const ulong kMaxTerms = 100000000;
+  // with k = 2s: w_(j+1) = w_j 2 mu / (2j + 2 + k), w_(j-1) = w_j (2j + k) / (2 mu)
+  const ulong k = wt.s > 0 ? 1 : 0;
+  Ball twoMu, inverseTwoMu;
+  arb_mul_2exp_si(twoMu.v, wt.mu, 1);
+  arb_inv(inverseTwoMu.v, twoMu.v, wp);
   {  // upward
-    Ball f, h, w, r;
+    Ball f, h, w;
     arb_set(f.v, f0.v);
     arb_set(h.v, h0.v);
     arb_set(w.v, w0.v);
@@ -199,41 +223,37 @@ void MixtureSum(arb_t res, const Component& c, const Weights& wt, slong prec) {
         arb_sub(f.v, f.v, h.v, wp);
       else
         arb_add(f.v, f.v, h.v, wp);
-      c.StepRatio(r.v, j, wp);
-      arb_mul(h.v, h.v, r.v, wp);
-      arb_set_d(r.v, wt.s);
-      arb_add_ui(r.v, r.v, j + 1, wp);
-      arb_div(r.v, wt.mu, r.v, wp);
-      arb_mul(w.v, w.v, r.v, wp);
+      c.StepUp(h.v, j, wp);
+      arb_mul(w.v, w.v, twoMu.v, wp);
+      arb_div_ui(w.v, w.v, 2 * j + 2 + k, wp);
       arb_mul(t.v, w.v, f.v, wp);
       arb_add(res, res, t.v, wp);
       const double weightRatio = wt.mud / (j + 2 + wt.s);
-      if (RestNegligible(res, t.v, weightRatio * c.UpFactor(j + 1), w.v, weightRatio, prec))
+      if ((j - mode) % 8 == 7 &&
+          RestNegligible(res, t.v, weightRatio * c.UpFactor(j + 1), w.v, weightRatio, prec))
         break;
       if (j + 1 == mode + kMaxTerms) arb_indeterminate(res);
     }
   }
   {  // downward
-    Ball f, h, w, r;
+    Ball f, h, w;
     arb_set(f.v, f0.v);
     arb_set(h.v, h0.v);
     arb_set(w.v, w0.v);
     for (ulong j = mode; j > 0; --j) {
-      c.StepRatio(r.v, j - 1, wp);
-      arb_div(h.v, h.v, r.v, wp);
+      c.StepDown(h.v, j, wp);
       if (c.decreasing)
         arb_add(f.v, f.v, h.v, wp);
       else
         arb_sub(f.v, f.v, h.v, wp);
-      arb_set_d(r.v, wt.s);
-      arb_add_ui(r.v, r.v, j, wp);
-      arb_div(r.v, r.v, wt.mu, wp);
-      arb_mul(w.v, w.v, r.v, wp);
+      arb_mul_ui(w.v, w.v, 2 * j + k, wp);
+      arb_mul(w.v, w.v, inverseTwoMu.v, wp);
       arb_mul(t.v, w.v, f.v, wp);
       arb_add(res, res, t.v, wp);
       if (j == 1) break;
       const double weightRatio = (j - 1 + wt.s) / wt.mud;
-      if (RestNegligible(res, t.v, weightRatio * c.DownFactor(j - 1), w.v, weightRatio, prec))
+      if ((mode - j) % 8 == 7 &&
+          RestNegligible(res, t.v, weightRatio * c.DownFactor(j - 1), w.v, weightRatio, prec))
         break;
     }
   }
@@ -432,7 +452,7 @@ VexaFloat VexaMP_g01gcc(VexaFloat x, VexaFloat df, VexaFloat lambda, VexaFloat /
   return Ziv(
       [&](arb_t y, slong prec) {
         const slong wp = prec + 24;
-        Ball a, yb, mu, logC;
+        Ball a, yb, inverseY, mu, logC;
         ToBall(a.v, df, wp);
         arb_mul_2exp_si(a.v, a.v, -1);
         ToBall(yb.v, x, wp);
@@ -444,6 +464,8 @@ VexaFloat VexaMP_g01gcc(VexaFloat x, VexaFloat df, VexaFloat lambda, VexaFloat /
         c.decreasing = lowerDirect;
         c.a = a.v;
         c.y = yb.v;
+        arb_inv(inverseY.v, yb.v, wp);
+        c.inverseY = inverseY.v;
         c.ad = dfd / 2;
         c.yd = xd / 2;
         MixtureSum(y, c, Weights{logC.v, mu.v, mud, 0}, prec);

@@ -59,12 +59,12 @@ void RegisterNoncentral() {
     using T = std::decay_t<decltype(x)>;
     return cdf(non_central_t_distribution<T>(nu, delta), x);
   };
-  peers::Register<3>("nct(5,1).cdf(1.5)", {"1.5", "5", "1"},
-                     STATS_NonCentralStudentTProbability_MP, tCdf);
+  peers::Register<3>("nct(5,1).cdf(1.5)", {"1.5", "5", "1"}, STATS_NonCentralStudentTProbability_MP,
+                     tCdf);
   peers::Register<3>("nct(5,1).cdf(-1.5)", {"-1.5", "5", "1"},
                      STATS_NonCentralStudentTProbability_MP, tCdf);
-  peers::Register<3>("nct(10,5).cdf(-1)", {"-1", "10", "5"},
-                     STATS_NonCentralStudentTProbability_MP, tCdf);
+  peers::Register<3>("nct(10,5).cdf(-1)", {"-1", "10", "5"}, STATS_NonCentralStudentTProbability_MP,
+                     tCdf);
 }
 
 }  // namespace

@@ -11,8 +11,7 @@ namespace {
 
 class _NonCentralBetaProbabilityAdapter : public STATS_VexaCallbackAdapter_MP {
  public:
-  _NonCentralBetaProbabilityAdapter(VexaKernelVector kv, VexaFloat a, VexaFloat b,
-                                    VexaFloat lambda)
+  _NonCentralBetaProbabilityAdapter(VexaKernelVector kv, VexaFloat a, VexaFloat b, VexaFloat lambda)
       : STATS_VexaCallbackAdapter_MP(kv), m_a(a), m_b(b), m_lambda(lambda) {}
   ~_NonCentralBetaProbabilityAdapter() override {}
   VexaFloat Call(VexaFloat x) override {
@@ -32,8 +31,8 @@ VexaFloat STATS_NonCentralBetaProbability_MP(VexaKernelVector kv, VexaFloat x, V
   });
 }
 
-VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a,
-                                         VexaFloat b, VexaFloat lambda) {
+VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b,
+                                         VexaFloat lambda) {
   STATS_CheckTailProbability_MP(kv, p);
   STATS_NonCentralBetaProbability_MP(kv, VexaFloat(0.5), a, b, lambda);  // checks them
   if (p == 0) return VexaFloat(0.0);

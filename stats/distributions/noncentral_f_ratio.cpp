@@ -29,8 +29,7 @@ class _NonCentralFRatioProbabilityAdapter : public STATS_VexaCallbackAdapter_MP 
 VexaFloat STATS_NonCentralFRatioProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu1,
                                                VexaFloat nu2, VexaFloat lambda) {
   return STATS_CallLibrary_MP(kv, [&](NagError* fail) {
-    return VexaMP_g01gdc(x, nu1, nu2, lambda, VexaFloat(0.0), STATS_NONCENTRAL_ITERATIONS_MP,
-                         fail);
+    return VexaMP_g01gdc(x, nu1, nu2, lambda, VexaFloat(0.0), STATS_NONCENTRAL_ITERATIONS_MP, fail);
   });
 }
 
@@ -51,7 +50,8 @@ VexaFloat STATS_NonCentralFRatioRandomVariate_MP(VexaKernelVector kv, VexaFloat 
                                                  VexaFloat lambda) {
   STATS_RequireNonCentralChiSquare_MP(kv, nu1, lambda);
   STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(nu2),
-                            "the degrees of freedom must be positive and finite, received: %1", nu2);
+                            "the degrees of freedom must be positive and finite, received: %1",
+                            nu2);
   const VexaFloat x = STATS_NonCentralChiSquareVariate_MP(nu1, lambda);
   const VexaFloat y = STATS_ChiSquareVariate_MP(nu2);
   return (x / nu1) / (y / nu2);

@@ -55,10 +55,10 @@ TEST(NonCentral, DeviatesAreWithinOneUlp) {
         const VexaFloat x = AtDigits(r.deviate, V(p), digits);
         const VexaFloat wide = AtDigits(r.deviate, V(p), digits + 20);
         VexaDigitsScope scope(digits + 30);
-        const VexaFloat ulp = pow(VexaFloat(10.0), floor(log(fabs(wide)) / log(VexaFloat(10.0))) - (digits - 1));
-        EXPECT_LE(fabs(x - wide), ulp)
-            << r.name << " at p = " << p << ", Digits " << digits << ": " << Text(x) << " vs "
-            << Text(wide);
+        const VexaFloat ulp =
+            pow(VexaFloat(10.0), floor(log(fabs(wide)) / log(VexaFloat(10.0))) - (digits - 1));
+        EXPECT_LE(fabs(x - wide), ulp) << r.name << " at p = " << p << ", Digits " << digits << ": "
+                                       << Text(x) << " vs " << Text(wide);
       }
     }
     EXPECT_EQ(r.deviate(0), 0) << r.name;
@@ -128,10 +128,9 @@ TEST(NonCentral, VariatesFollowTheirDistributions) {
     double lo, hi;
     int n;
   } rows[] = {
-      {"chi-square(4, 3)",
-       [kv] { return STATS_NonCentralChiSquareRandomVariate_MP(kv, 4, 3, 0); },
-       [kv](const VexaFloat& x) { return STATS_NonCentralChiSquareProbability_MP(kv, x, 4, 3); },
-       0, 100, 100000},
+      {"chi-square(4, 3)", [kv] { return STATS_NonCentralChiSquareRandomVariate_MP(kv, 4, 3, 0); },
+       [kv](const VexaFloat& x) { return STATS_NonCentralChiSquareProbability_MP(kv, x, 4, 3); }, 0,
+       100, 100000},
       {"chi-square(0.7, 60)",  // the Poisson count by PTRS
        [kv] { return STATS_NonCentralChiSquareRandomVariate_MP(kv, V("0.7"), 60, 0); },
        [kv](const VexaFloat& x) {
@@ -140,15 +139,13 @@ TEST(NonCentral, VariatesFollowTheirDistributions) {
        0, 300, 100000},
       {"chi-square(4, 3) by inversion",
        [kv] { return STATS_NonCentralChiSquareRandomVariate_MP(kv, 4, 3, 1); },
-       [kv](const VexaFloat& x) { return STATS_NonCentralChiSquareProbability_MP(kv, x, 4, 3); },
-       0, 100, 2000},
+       [kv](const VexaFloat& x) { return STATS_NonCentralChiSquareProbability_MP(kv, x, 4, 3); }, 0,
+       100, 2000},
       {"F(3, 7, 5)", [kv] { return STATS_NonCentralFRatioRandomVariate_MP(kv, 3, 7, 5); },
-       [kv](const VexaFloat& x) { return STATS_NonCentralFRatioProbability_MP(kv, x, 3, 7, 5); },
-       0, 1000, 100000},
+       [kv](const VexaFloat& x) { return STATS_NonCentralFRatioProbability_MP(kv, x, 3, 7, 5); }, 0,
+       1000, 100000},
       {"beta(2, 0.5, 12)", [kv] { return STATS_NonCentralBetaRandomVariate_MP(kv, 2, 0.5, 12); },
-       [kv](const VexaFloat& x) {
-         return STATS_NonCentralBetaProbability_MP(kv, x, 2, 0.5, 12);
-       },
+       [kv](const VexaFloat& x) { return STATS_NonCentralBetaProbability_MP(kv, x, 2, 0.5, 12); },
        0, 1, 100000},
       {"t(5, 1)", [kv] { return STATS_NonCentralStudentTRandomVariate_MP(kv, 5, 1); },
        [kv](const VexaFloat& x) { return STATS_NonCentralStudentTProbability_MP(kv, x, 5, 1); },
@@ -179,8 +176,7 @@ TEST(NonCentral, ExactPoissonCountsFollowTheirDistribution) {
       edges.push_back(k + 0.5);
     const double value = GoodnessOfFit(
         [&] { return VexaFloat(static_cast<double>(STATS_PoissonExactVariate_MP(mu))); },
-        [&](const VexaFloat& x) { return STATS_PoissonProbability_MP(kv, x, mu); }, edges,
-        100000);
+        [&](const VexaFloat& x) { return STATS_PoissonProbability_MP(kv, x, mu); }, edges, 100000);
     EXPECT_LT(value, Critical(static_cast<int>(edges.size()))) << "mean " << mean;
   }
   EXPECT_EQ(STATS_PoissonExactVariate_MP(0), 0);

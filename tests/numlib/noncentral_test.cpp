@@ -76,12 +76,14 @@ TEST(Noncentral, MonotoneWithinTheUnitInterval) {
     std::vector<const char*> xs;
   };
   std::vector<Law> laws = {
-      {"t", [](const VexaFloat& x, NagError* f) { return VexaMP_g01gbc(x, 3, 8, 0, 1, f); },
+      {"t",
+       [](const VexaFloat& x, NagError* f) { return VexaMP_g01gbc(x, 3, 8, 0, 1, f); },
        {"-200", "-5", "-0.5", "0", "0.5", "4", "8", "12", "60", "1e4"}},
       {"chi-square",
        [](const VexaFloat& x, NagError* f) { return VexaMP_g01gcc(x, 4, 900, 0, 1, f); },
        {"1e-3", "50", "500", "800", "904", "1000", "1400", "3000"}},
-      {"F", [](const VexaFloat& x, NagError* f) { return VexaMP_g01gdc(x, 3, 9, 60, 0, 1, f); },
+      {"F",
+       [](const VexaFloat& x, NagError* f) { return VexaMP_g01gdc(x, 3, 9, 60, 0, 1, f); },
        {"1e-6", "0.5", "5", "20", "80", "1e4"}},
       {"beta",
        [](const VexaFloat& x, NagError* f) { return VexaMP_g01gec(x, 2, 40, 300, 0, 1, f); },
@@ -110,20 +112,17 @@ TEST(Noncentral, BadArgumentsFail) {
       {[](NagError* f) { return VexaMP_g01gcc(-1, 2, 1, 0, 1, f); }, NE_REAL_ARG_LT,
        "On entry, x = -1. Constraint: x >= 0."},
       {[](NagError* f) { return VexaMP_g01gcc(1, 0, 1, 0, 1, f); }, NE_REAL_ARG_LE, "df = 0"},
-      {[](NagError* f) { return VexaMP_g01gcc(1, 2, -1, 0, 1, f); }, NE_REAL_ARG_LT,
-       "lambda = -1"},
+      {[](NagError* f) { return VexaMP_g01gcc(1, 2, -1, 0, 1, f); }, NE_REAL_ARG_LT, "lambda = -1"},
       {[](NagError* f) { return VexaMP_g01gcc(1, 2, 2e6, 0, 1, f); }, NE_REAL_ARG_GT,
        "0 <= lambda <= 1000000"},
-      {[](NagError* f) { return VexaMP_g01gcc(1, 2, 1, 0, 0, f); }, NE_INT_ARG_LT,
-       "max_iter >= 1"},
+      {[](NagError* f) { return VexaMP_g01gcc(1, 2, 1, 0, 0, f); }, NE_INT_ARG_LT, "max_iter >= 1"},
       {[](NagError* f) { return VexaMP_g01gec(F("1.5"), 2, 2, 1, 0, 1, f); }, NE_REAL_ARG_GT,
        "0 <= x <= 1"},
-      {[](NagError* f) { return VexaMP_g01gdc(1, 2, -3, 1, 0, 1, f); }, NE_REAL_ARG_LE,
-       "df2 = -3"},
+      {[](NagError* f) { return VexaMP_g01gdc(1, 2, -3, 1, 0, 1, f); }, NE_REAL_ARG_LE, "df2 = -3"},
       {[](NagError* f) { return VexaMP_g01gbc(1, 2, 101, 0, 1, f); }, NE_REAL_ARG_GT,
        "|delta| <= 100"},
-      {[](NagError* f) { return VexaMP_g01gbc(VexaFloatUndefined(), 2, 1, 0, 1, f); },
-       NE_REAL_ARG, "t is finite"},
+      {[](NagError* f) { return VexaMP_g01gbc(VexaFloatUndefined(), 2, 1, 0, 1, f); }, NE_REAL_ARG,
+       "t is finite"},
   };
   for (const Row& r : rows) {
     NagError f;
