@@ -529,6 +529,12 @@ bool CheckDf(NagError* fail, const char* routine, const char* name, const VexaFl
 }
 
 }  // namespace
+
+void RegularizedBetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
+                          slong prec) {
+  ProbabilityLower(res, a, b, z, zc, prec);
+}
+
 }  // namespace vexa
 
 using namespace vexa;

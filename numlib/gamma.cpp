@@ -296,6 +296,25 @@ bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFlo
 }
 
 }  // namespace
+
+// The finite sums for small whole shapes (beyond, their series converge too slowly near the
+// mean).
+void RegularizedGammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
+  ulong n = WholeShape(a, x);
+  if (n != 0 && n <= 64)
+    WholeLower(res, n, x, prec);
+  else
+    GammaLower(res, a, x, prec);
+}
+
+void RegularizedGammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec) {
+  ulong n = WholeShape(a, x);
+  if (n != 0 && n <= 64)
+    WholeUpper(res, n, x, prec);
+  else
+    GammaUpper(res, a, x, prec);
+}
+
 }  // namespace vexa
 
 using namespace vexa;

@@ -40,6 +40,13 @@ double LogGamma(double a);
 // Largest shape parameter (and half the largest degrees of freedom) the routines accept.
 constexpr long kMaxShape = 1000000;
 
+// The regularized incomplete gamma functions P(a, x), Q(a, x) and beta function I_z(a, b)
+// (zc = 1 - z given exactly) as balls, each keeping its relative accuracy in the tails.
+void RegularizedGammaLower(arb_t res, const arb_t a, const arb_t x, slong prec);
+void RegularizedGammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec);
+void RegularizedBetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
+                          slong prec);
+
 // The results of a family's tails as balls: y = tail at the point z, at prec bits.
 using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
 

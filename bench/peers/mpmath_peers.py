@@ -80,6 +80,43 @@ def poisson_quantile(p, lam):
     return mpf(k)
 
 
+def poisson_mixture(mu, term, s=0):
+    """sum_j e^-mu mu^j / Gamma(j+1+s) term(j) from j = 0, until past mu and negligible."""
+    total, j = mpf(0), 0
+    while True:
+        t = mp.exp(j * mp.log(mu) - mu - mp.loggamma(j + 1 + s)) * term(j)
+        total += t
+        if j > mu + 10 and abs(t) < abs(total) * mpf(10) ** (-mp.dps - 5):
+            return total
+        j += 1
+
+
+def ncchisq_cdf(x, nu, lam):
+    return poisson_mixture(lam / 2, lambda j: mp.gammainc(nu / 2 + j, 0, x / 2, regularized=True))
+
+
+def ncbeta_cdf(x, a, b, lam):
+    return poisson_mixture(lam / 2, lambda j: mp.betainc(a + j, b, 0, x, regularized=True))
+
+
+def ncf_cdf(x, nu1, nu2, lam):
+    return ncbeta_cdf(nu1 * x / (nu1 * x + nu2), nu1 / 2, nu2 / 2, lam)
+
+
+def nct_cdf(x, nu, delta):
+    """The series in incomplete beta functions; for x < 0 the reflection, with the digits that
+    its subtraction cancels."""
+    def nonnegative(x, delta):
+        z = x * x / (x * x + nu)
+        mu = delta * delta / 2
+        even = poisson_mixture(mu, lambda j: mp.betainc(j + mpf(1) / 2, nu / 2, 0, z, regularized=True))
+        odd = poisson_mixture(mu, lambda j: mp.betainc(j + 1, nu / 2, 0, z, regularized=True), 0.5)
+        return mp.ncdf(-delta) + (even + delta / mp.sqrt(2) * odd) / 2
+    with mp.extradps(int(delta * delta / 5) + 10):
+        r = nonnegative(x, delta) if x >= 0 else 1 - nonnegative(-x, -delta)
+    return +r
+
+
 # name, function, inputs: the same cases, names and inputs as the C++ side.
 CASES = [
     ("normal.cdf(1.96)", normal_cdf, ("1.96", "0", "1")),
@@ -106,6 +143,16 @@ CASES = [
     ("binomial(40,0.3).quantile(0.05)", binomial_quantile, ("0.05", "40", "0.3")),
     ("poisson(3.5).quantile(0.9)", poisson_quantile, ("0.9", "3.5")),
     ("poisson(250).quantile(0.05)", poisson_quantile, ("0.05", "250")),
+    ("ncchisq(4,3).cdf(5)", ncchisq_cdf, ("5", "4", "3")),
+    ("ncchisq(10,1000).cdf(1000)", ncchisq_cdf, ("1000", "10", "1000")),
+    ("ncchisq(4,3).quantile(0.9)", by_root(ncchisq_cdf, lambda nu, lam: nu + lam), ("0.9", "4", "3")),
+    ("ncF(3,7,5).cdf(2)", ncf_cdf, ("2", "3", "7", "5")),
+    ("ncF(3,7,5).quantile(0.9)", by_root(ncf_cdf, lambda a, b, lam: (a + lam) / a), ("0.9", "3", "7", "5")),
+    ("ncbeta(2,3,4).cdf(0.3)", ncbeta_cdf, ("0.3", "2", "3", "4")),
+    ("ncbeta(2,3,4).quantile(0.9)", by_root(ncbeta_cdf, lambda a, b, lam: mpf("0.5")), ("0.9", "2", "3", "4")),
+    ("nct(5,1).cdf(1.5)", nct_cdf, ("1.5", "5", "1")),
+    ("nct(5,1).cdf(-1.5)", nct_cdf, ("-1.5", "5", "1")),
+    ("nct(10,5).cdf(-1)", nct_cdf, ("-1", "10", "5")),
 ]
 
 

@@ -179,6 +179,9 @@ VexaFloat STATS_PoissonProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloa
 long STATS_PoissonDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat lambda);
 VexaFloat STATS_PoissonRandomVariate_MP(VexaKernelVector kv, VexaFloat lambda);
 VexaFloat STATS_PoissonRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// A Poisson count of mean mu >= 0, exact at the working precision: sequential inversion below
+// 10, Hoermann's PTRS above.
+long STATS_PoissonExactVariate_MP(VexaFloat mu);
 // Hypergeometric: population N, L of them marked, M drawn.
 VexaFloat STATS_HypergeometricProbability_MP(VexaKernelVector kv, VexaFloat x, long N, long L,
                                              long M);
@@ -219,5 +222,55 @@ ALGEB STATS_EmpiricalRandomVariateEntry_MP(const STATS_VexaEntry_MP& entry);
 ALGEB STATS_EmpiricalRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 // The binomial sample entry after the arity check: its setup is made once per sample.
 ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+
+// ---- Noncentral: Student t (nu, delta), chi-square (nu, lambda), F-ratio (nu1, nu2,
+// lambda), beta (a, b, lambda). Probabilities from the numerical library; each deviate
+// solves Probability(x) = p by Brent's method to the tolerance 10^(2-Digits) (p = 0 and 1 give
+// the ends of the support, p outside [0, 1] an error). ----
+// The iteration limit handed to the numerical library's noncentral routines, which sum their
+// series until a proven bound of the rest is negligible.
+constexpr long STATS_NONCENTRAL_ITERATIONS_MP = 1000;
+// Brent's tolerance and iteration limit of the deviates: 10^(2-Digits) and 100 + 4 Digits.
+VexaFloat STATS_NonCentralTolerance_MP();
+int STATS_NonCentralIterations_MP();
+// Raises "invalid value for the tail probability: %1" for p outside [0, 1].
+void STATS_CheckTailProbability_MP(VexaKernelVector kv, const VexaFloat& p);
+VexaFloat STATS_NonCentralStudentTProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu,
+                                                 VexaFloat delta);
+VexaFloat STATS_NonCentralChiSquareProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu,
+                                                  VexaFloat lambda);
+VexaFloat STATS_NonCentralChiSquareDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu,
+                                              VexaFloat lambda);
+VexaFloat STATS_NonCentralFRatioProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu1,
+                                               VexaFloat nu2, VexaFloat lambda);
+VexaFloat STATS_NonCentralFRatioDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat nu1,
+                                           VexaFloat nu2, VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a,
+                                             VexaFloat b, VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a,
+                                         VexaFloat b, VexaFloat lambda);
+
+// Variates. The chi-square one is exact with method 0 (a central chi-square with nu + 2N
+// degrees of freedom, N Poisson of mean lambda / 2), and otherwise inverts the distribution
+// function at a uniform draw; the others are built from exact central and normal variates.
+VexaFloat STATS_NonCentralChiSquareRandomVariate_MP(VexaKernelVector kv, VexaFloat nu,
+                                                    VexaFloat lambda, int method);
+VexaFloat STATS_NonCentralFRatioRandomVariate_MP(VexaKernelVector kv, VexaFloat nu1, VexaFloat nu2,
+                                                 VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b,
+                                               VexaFloat lambda);
+VexaFloat STATS_NonCentralBetaRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_NonCentralStudentTRandomVariate_MP(VexaKernelVector kv, VexaFloat nu,
+                                                   VexaFloat delta);
+VexaFloat STATS_NonCentralStudentTRandomVariate_MP(VexaKernelVector kv,
+                                                   const VexaFloat* parameters);
+// The exact noncentral chi-square draw, and the check of its parameters (nu > 0 finite,
+// 0 <= lambda <= 10^6) that the variates share.
+VexaFloat STATS_NonCentralChiSquareVariate_MP(const VexaFloat& nu, const VexaFloat& lambda);
+void STATS_RequireNonCentralChiSquare_MP(VexaKernelVector kv, const VexaFloat& nu,
+                                         const VexaFloat& lambda);
+// The six-argument noncentral chi-square sample: each draw u solved from F(x) = u by Brent's
+// method on [L(u), U(u)], F, L and U host procedures.
+ALGEB STATS_NonCentralChiSquareRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 
 #endif

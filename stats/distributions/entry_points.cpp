@@ -50,6 +50,10 @@ template <>
 inline long Parameter<long>(const VexaFloat& x) {
   return STATS_DoubleToInteger_MP(x);
 }
+template <>
+inline int Parameter<int>(const VexaFloat& x) {
+  return static_cast<int>(STATS_DoubleToInteger_MP(x));
+}
 
 template <class F, F f>
 struct BoundAs;
@@ -158,6 +162,31 @@ ALGEB ErrorDeviate(const STATS_VexaEntry_MP& entry) {
   return entry.Result(x, digits);
 }
 
+// A noncentral deviate: Brent's search works at Digits + 3 and its root is rounded to the
+// caller's Digits.
+template <VexaFloat (*Deviate)(VexaKernelVector, VexaFloat, VexaFloat, VexaFloat, VexaFloat)>
+ALGEB NonCentralDeviate3(const STATS_VexaEntry_MP& entry) {
+  const VexaFloat p = entry.Float(1), u = entry.Float(2), v = entry.Float(3), w = entry.Float(4);
+  const int digits = entry.Digits();
+  VexaFloat x;
+  {
+    STATS_VexaRaisedDigits_MP raised(entry, digits + 3);
+    x = Deviate(entry.Kernel(), p, u, v, w);
+  }
+  return entry.Result(x, digits);
+}
+
+ALGEB NonCentralChiSquareDeviate(const STATS_VexaEntry_MP& entry) {
+  const VexaFloat p = entry.Float(1), nu = entry.Float(2), lambda = entry.Float(3);
+  const int digits = entry.Digits();
+  VexaFloat x;
+  {
+    STATS_VexaRaisedDigits_MP raised(entry, digits + 3);
+    x = STATS_NonCentralChiSquareDeviate_MP(entry.Kernel(), p, nu, lambda);
+  }
+  return entry.Result(x, digits);
+}
+
 // The six-argument form of the noncentral chi-square sample ends in three procedures.
 void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
   if (entry.NumArgs() != 6) return;
@@ -234,8 +263,15 @@ DIST4(LogNormal, 3, 3, 2, 3, W(STATS_LogNormalProbability_MP), W(STATS_LogNormal
       AS(Variate2, STATS_LogNormalRandomVariate_MP))
 DIST4(NegativeBinomial, 3, 3, 2, 3, W(STATS_NegativeBinomialProbability_MP),
       W(STATS_NegativeBinomialDeviate_MP), AS(Variate2, STATS_NegativeBinomialRandomVariate_MP))
-DIST4(NonCentralBeta, 4, 4, 3, 4, MISSING, MISSING, MISSING)
-DIST4(NonCentralFRatio, 4, 4, 3, 4, MISSING, MISSING, MISSING)
+ENTRY(NonCentralBeta, Probability, 4, W(STATS_NonCentralBetaProbability_MP))
+STATS_OWN_ENTRY(NonCentralBeta, Deviate, 4, NonCentralDeviate3<STATS_NonCentralBetaDeviate_MP>)
+ENTRY(NonCentralBeta, RandomVariate, 3, AS(Variate3, STATS_NonCentralBetaRandomVariate_MP))
+ENTRY(NonCentralBeta, RandomSample, 4, AS(Variate3, STATS_NonCentralBetaRandomVariate_MP))
+ENTRY(NonCentralFRatio, Probability, 4, W(STATS_NonCentralFRatioProbability_MP))
+STATS_OWN_ENTRY(NonCentralFRatio, Deviate, 4,
+                NonCentralDeviate3<STATS_NonCentralFRatioDeviate_MP>)
+ENTRY(NonCentralFRatio, RandomVariate, 3, W(STATS_NonCentralFRatioRandomVariate_MP))
+ENTRY(NonCentralFRatio, RandomSample, 4, W(STATS_NonCentralFRatioRandomVariate_MP))
 DIST4(Pareto, 3, 3, 2, 3, W(STATS_ParetoProbability_MP), W(STATS_ParetoDeviate_MP),
       AS(Variate2, STATS_ParetoRandomVariate_MP))
 DIST4(Poisson, 2, 2, 1, 2, W(STATS_PoissonProbability_MP), W(STATS_PoissonDeviate_MP),
@@ -274,16 +310,17 @@ STATS_ENTRY(Moyal, RandomVariate, 2, 0, "VexaMoyalRandomVariate expects 2 argume
             AS(Variate2, STATS_MoyalRandomVariate_MP), Form::kFloats, nullptr)
 ENTRY(Moyal, RandomSample, 3, AS(Variate2, STATS_MoyalRandomVariate_MP))
 
-ENTRY(NonCentralChiSquare, Probability, 3, MISSING)
-ENTRY(NonCentralChiSquare, Deviate, 3, MISSING)
-ENTRY(NonCentralChiSquare, RandomVariate, 3, MISSING)
-STATS_ENTRY(NonCentralChiSquare, RandomSample, 4, 6,
-            "VexaNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1", MISSING,
-            Form::kOpaque, CheckNonCentralChiSquareSample)
+ENTRY(NonCentralChiSquare, Probability, 3, W(STATS_NonCentralChiSquareProbability_MP))
+STATS_OWN_ENTRY(NonCentralChiSquare, Deviate, 3, NonCentralChiSquareDeviate)
+ENTRY(NonCentralChiSquare, RandomVariate, 3, W(STATS_NonCentralChiSquareRandomVariate_MP))
+STATS_ENTRY_ROW(NonCentralChiSquare, RandomSample, 4, 6,
+                "VexaNonCentralChiSquareRandomSample expects 4 or 6 arguments, received: %1",
+                kNotAvailable, Form::kOwn, CheckNonCentralChiSquareSample,
+                STATS_NonCentralChiSquareRandomSampleEntry_MP)
 
-ENTRY(NonCentralStudentT, Probability, 3, MISSING)
-ENTRY(NonCentralStudentT, RandomVariate, 2, MISSING)
-ENTRY(NonCentralStudentT, RandomSample, 3, MISSING)
+ENTRY(NonCentralStudentT, Probability, 3, W(STATS_NonCentralStudentTProbability_MP))
+ENTRY(NonCentralStudentT, RandomVariate, 2, AS(Variate2, STATS_NonCentralStudentTRandomVariate_MP))
+ENTRY(NonCentralStudentT, RandomSample, 3, AS(Variate2, STATS_NonCentralStudentTRandomVariate_MP))
 
 ENTRY(Normal, Probability, 3, W(STATS_NormalProbability_MP))
 ENTRY(Normal, Deviate, 3, W(STATS_NormalDeviate_MP))

@@ -61,6 +61,19 @@ void VexaMP_g01eec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat tol, VexaFlo
 VexaFloat VexaMP_g01efc(Nag_TailProbability tail, VexaFloat g, VexaFloat a, VexaFloat b,
                         NagError* fail);
 
+// ---- Noncentral lower-tail probabilities, correctly rounded to Digits in both tails. tol is
+// ignored and max_iter must be at least 1 (NE_INT_ARG_LT): the Poisson mixtures are summed
+// until a proven bound on their rest is negligible. Degrees of freedom and shapes as above;
+// 0 <= lambda <= 10^6 (NE_REAL_ARG_LT / _GT), |delta| <= 100 for t. ----
+VexaFloat VexaMP_g01gbc(VexaFloat t, VexaFloat df, VexaFloat delta, VexaFloat tol, long max_iter,
+                        NagError* fail);  // Student t, noncentrality delta
+VexaFloat VexaMP_g01gcc(VexaFloat x, VexaFloat df, VexaFloat lambda, VexaFloat tol, long max_iter,
+                        NagError* fail);  // chi-square
+VexaFloat VexaMP_g01gdc(VexaFloat f, VexaFloat df1, VexaFloat df2, VexaFloat lambda, VexaFloat tol,
+                        long max_iter, NagError* fail);  // F
+VexaFloat VexaMP_g01gec(VexaFloat x, VexaFloat a, VexaFloat b, VexaFloat lambda, VexaFloat tol,
+                        long max_iter, NagError* fail);  // beta, 0 <= x <= 1
+
 // ---- Deviates (quantiles): the x with the given tail probability p. ----
 VexaFloat VexaMP_g01fac(Nag_TailProbability tail, VexaFloat p, NagError* fail);  // normal
 VexaFloat VexaMP_g01fbc(Nag_TailProbability tail, VexaFloat p, VexaFloat df,
