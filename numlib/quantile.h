@@ -37,8 +37,14 @@ double ToDouble(const VexaFloat& v);
 // The standard normal z with P(Z > z) = exp(logQ) (logQ <= log 1/2 gives z >= 0; any logQ < 0).
 double NormalUpperDeviate(double logQ);
 double LogGamma(double a);
-// Largest shape parameter (and half the largest degrees of freedom) the routines accept.
+// Largest shape parameter (and half the largest degrees of freedom) of the beta-family
+// routines; above it the gamma routines take Temme's expansion (large_gamma.cpp).
 constexpr long kMaxShape = 1000000;
+
+// Q(a, a lambda) (upper) or P(a, a lambda) for a shape a > kMaxShape, and the density of
+// a lambda with respect to lambda. Beyond the float range the smaller tail is 0.
+bool LargeGammaTail(arb_t res, const arb_t a, const arb_t lambda, bool upper, slong prec);
+void LargeGammaDensity(arb_t res, const arb_t a, const arb_t lambda, slong prec);
 
 // The results of a family's tails as balls: y = tail at the point z, at prec bits.
 using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
