@@ -20,8 +20,6 @@
 namespace vexa {
 namespace {
 
-const double kTemmeRadius = 0.5;
-
 struct Vec {
   arb_ptr v;
   slong n;
@@ -99,19 +97,38 @@ void TemmeCoefficients(arb_ptr f, slong m, slong prec) {
   _arb_poly_inv_series(f, c.v + 1, m, m, prec);
 }
 
-// sum_k a^-k d_k(eta), where d_k(eta) = sum_n f_(n+1+2k) (n+2)(n+4)...(n+2k) eta^n. Each
-// level is summed over the Taylor terms above the precision, the first omitted Taylor term
-// (doubled: the coefficients fall faster than 3^-n while |eta| <= 1/2) joining the radius;
-// the levels stop at the first whose terms, in absolute value, are negligible, and twice
-// that level's size joins the radius.
-void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
-  const double logA = static_cast<double>(Log2Above(a)) - 1;
-  const double logEta = static_cast<double>(std::max<slong>(Log2Above(eta), -prec - 16));
-  const slong n = static_cast<slong>((prec + 24) / (1.8 - logEta)) + 8;
-  // the levels shrink like k! / (2 pi a)^k
+// log2 |x| for the largest |x| in the ball (-infinity for zero).
+double Log2Abs(const arb_t x) {
+  mag_t m;
+  mag_init(m);
+  arb_get_mag(m, x);
+  double e = mag_is_zero(m) ? -HUGE_VAL : mag_get_d_log2_approx(m);
+  mag_clear(m);
+  return e;
+}
+
+// Taylor terms of the levels at |eta| = 2^logEta (the coefficients fall like (2 sqrt(pi))^-n),
+// and levels at a = 2^logA (they shrink like k! / (2 pi a)^k).
+slong TemmeTerms(double logEta, slong prec) {
+  return static_cast<slong>((prec + 24) / (1.82 - std::max(logEta, -prec - 16.0))) + 8;
+}
+
+slong TemmeLevels(double logA, slong prec) {
   slong levels = 2;
   for (double bits = 0; bits < prec + 24 && levels < 4 * prec; ++levels)
     bits += logA + 2.65 - std::log2(static_cast<double>(levels));
+  return levels;
+}
+
+// sum_k a^-k d_k(eta), where d_k(eta) = sum_n f_(n+1+2k) (n+2)(n+4)...(n+2k) eta^n. Each
+// level is summed over the Taylor terms above the precision, the first omitted Taylor term
+// (doubled: the coefficients fall faster than 3^-n while |eta| <= 1) joining the radius;
+// the levels stop at the first whose terms, in absolute value, are negligible, and twice
+// that level's size joins the radius. Level k is needed only to the bits that its size
+// leaves, and later levels are smaller.
+void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
+  const slong n = TemmeTerms(Log2Abs(eta), prec);
+  slong levels = TemmeLevels(Log2Abs(a) - 1, prec);
   const slong wp = prec + 32;
   for (;; levels *= 2) {
     const slong m = n + 2 * levels + 4;
@@ -127,11 +144,12 @@ void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
     mag_init(bound);
     mag_init(part);
     bool done = false;
+    slong levelPrec = wp;
     for (slong k = 0; k < levels && !done; ++k) {
       if (k > 0)  // g_n = (n+2)...(n+2k) eta^n / a^k
         for (slong j = 0; j <= n; ++j) {
-          arb_mul_ui(g.v + j, g.v + j, j + 2 * k, wp);
-          arb_mul(g.v + j, g.v + j, ia.v, wp);
+          arb_mul_ui(g.v + j, g.v + j, j + 2 * k, levelPrec);
+          arb_mul(g.v + j, g.v + j, ia.v, levelPrec);
         }
       // |level| bounded by sum |f| |g|
       mag_zero(size);
@@ -146,9 +164,10 @@ void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
         done = true;
         break;
       }
-      slong levelPrec =
-          std::max<slong>(64, prec + 24 + (mag_is_zero(size) ? 0 : mag_get_d_log2_approx(size)));
-      arb_dot(term.v, nullptr, 0, f.v + 1 + 2 * k, 1, g.v, 1, n, std::min(levelPrec, wp));
+      if (!mag_is_zero(size))
+        levelPrec = std::min(
+            wp, std::max<slong>(64, prec + 32 + static_cast<slong>(mag_get_d_log2_approx(size))));
+      arb_dot(term.v, nullptr, 0, f.v + 1 + 2 * k, 1, g.v, 1, n, levelPrec);
       arb_get_mag(part, f.v + n + 1 + 2 * k);
       arb_get_mag(bound, g.v + n);
       mag_mul(part, part, bound);
@@ -291,6 +310,18 @@ void LogPrefix(arb_t res, const Deviance& s, const arb_t a) {
   arb_add(res, res, t.v, s.wp);
 }
 
+// The expansion where it converges (|eta| <= 1) and costs fewer operations than the tails'
+// series, whose terms fall like lambda^k (or lambda^-k) and number about prec / |log2 lambda|.
+bool TemmeIsCheaper(const Deviance& s, const arb_t a, slong prec) {
+  double logEta = Log2Abs(s.eta.v);
+  if (logEta > 0) return false;
+  slong n = TemmeTerms(logEta, prec), k = TemmeLevels(Log2Abs(a) - 1, prec), m = n + 2 * k;
+  double temme = 0.25 * static_cast<double>(m) * m + 3.0 * n * k;
+  double d = arf_get_d(arb_midref(s.d.v), ARF_RND_NEAR);
+  double series = 2.0 * (prec + 8) * std::log(2.0) / std::fabs(std::log1p(d));
+  return !(series < temme);
+}
+
 }  // namespace
 
 bool LargeGammaTail(arb_t res, const arb_t a, const arb_t lambda, bool upper, slong prec) {
@@ -309,7 +340,7 @@ bool LargeGammaTail(arb_t res, const arb_t a, const arb_t lambda, bool upper, sl
   LogPrefix(prefix.v, s, a);
   arb_neg(prefix.v, prefix.v);
   arb_exp(prefix.v, prefix.v, p);
-  if (arf_cmpabs_d(arb_midref(s.eta.v), kTemmeRadius) <= 0) {
+  if (TemmeIsCheaper(s, a, prec)) {
     Ball sum, w;
     TemmeSum(sum.v, s.eta.v, a, p);
     arb_mul(sum.v, sum.v, prefix.v, p);
