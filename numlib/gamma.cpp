@@ -316,6 +316,7 @@ bool HugeShapeDeviate(const VexaFloat& t, bool upper, const VexaFloat& a, const 
     LargeGammaDensity(y, sa.v, z, prec);
   };
   double logA = LogOf(a), ad = ToDouble(a);
+  inv.logWidth = std::max(-1000.0, -0.5 * logA / std::log(2.0));
   inv.logSlope = [ad](double u) { return -ad * std::expm1(u) - 1; };
   double z = NormalUpperDeviate(LogOf(t));
   double zLower = upper ? z : -z;

@@ -9,6 +9,7 @@
 #include "float/ball.h"
 #include "numlib/discrete.h"
 #include "numlib/failure.h"
+#include "numlib/quantile.h"
 
 namespace vexa {
 namespace {
@@ -28,8 +29,22 @@ void PointMass(arb_t y, const VexaFloat& lambda, long k, slong prec) {
   ClampUnderflow(y);
 }
 
+// From this count on, the tails are taken as incomplete gamma values of shape k + 1,
+// P(X <= k) = Q(k + 1, lambda) and P(X > k) = P(k + 1, lambda), by Temme's expansion: a few
+// dozen operations where the walk takes about sqrt(lambda prec) terms.
+const long kGammaCount = 10000;
+
 // P(X <= k) summed downward from k, or P(X > k) upward from k + 1.
 void FarTail(arb_t y, const VexaFloat& lambda, long k, bool lower, slong prec) {
+  if (k + 1 >= kGammaCount) {
+    Ball a, ratio;
+    arb_set_ui(a.v, static_cast<ulong>(k) + 1);
+    ToBall(ratio.v, lambda, prec + 32);
+    arb_div(ratio.v, ratio.v, a.v, prec + 32);
+    LargeGammaTail(y, a.v, ratio.v, lower, prec);
+    ClampUnderflow(y);
+    return;
+  }
   const ulong start = static_cast<ulong>(lower ? k : k + 1);
   Ball first, factor;
   PointMass(first.v, lambda, static_cast<long>(start), prec);

@@ -66,6 +66,9 @@ struct Inversion {
   double ymax = 0;     // support bound of y (0: unbounded)
   bool reflect = false;
   VexaFloat scale = VexaFloat(1);
+  // log2 of the width of u = log y over which T changes (below 0 for a law much narrower than
+  // its distance from 0): the iteration counts its correct bits in that width.
+  double logWidth = 0;
 };
 
 // The correctly rounded x with T(y(x)) = t (0 < t < 1), starting from y = exp(logGuess).
