@@ -10,10 +10,10 @@
 // recurrence, and the remainder after K terms is of the order of the first omitted one.
 // Away from the mean (|eta| > 1/2) the tails' own series converge geometrically instead.
 #include <arb_hypgeom.h>
-#include <arb_poly.h>
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "numlib/quantile.h"
 
@@ -94,7 +94,11 @@ void TemmeCoefficients(arb_ptr f, slong m, slong prec) {
     arb_div_ui(c.v + n, c.v + n - 1, n + 1, prec);
     arb_sub(c.v + n, c.v + n, s.v, prec);
   }
-  _arb_poly_inv_series(f, c.v + 1, m, m, prec);
+  // f = 1 / (w / z): f_0 = 1, f_n = -sum_{k=1}^{n} c_(k+1) f_(n-k)
+  arb_one(f);
+  for (slong j = 1; j < m; ++j) {
+    arb_dot(f + j, nullptr, 1, c.v + 2, 1, f + j - 1, -1, j, prec);
+  }
 }
 
 // log2 |x| for the largest |x| in the ball (-infinity for zero).
@@ -127,11 +131,20 @@ slong TemmeLevels(double logA, slong prec) {
 // that level's size joins the radius. Level k is needed only to the bits that its size
 // leaves, and later levels are smaller.
 void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
-  const slong n = TemmeTerms(Log2Abs(eta), prec);
-  slong levels = TemmeLevels(Log2Abs(a) - 1, prec);
+  const double logEta = Log2Abs(eta), logA = Log2Abs(a) - 1;
+  const slong n = TemmeTerms(logEta, prec);
+  slong levels = TemmeLevels(logA, prec);
   const slong wp = prec + 32;
   for (;; levels *= 2) {
-    const slong m = n + 2 * levels + 4;
+    // level k, of about 2^-bits, needs the Taylor terms above 2^-(prec - bits)
+    std::vector<slong> terms(levels);
+    slong m = 0;
+    double bits = 0;
+    for (slong k = 0; k < levels; ++k) {
+      terms[k] = std::min(n, TemmeTerms(logEta, std::max<slong>(16, prec - static_cast<slong>(bits))));
+      m = std::max(m, terms[k] + 2 * k + 2);
+      bits += std::max(0.0, logA + 2.65 - std::log2(static_cast<double>(k + 1)));
+    }
     Vec f(m), g(n + 1);
     TemmeCoefficients(f.v, m, wp);
     Ball ia, term;
@@ -146,14 +159,15 @@ void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
     bool done = false;
     slong levelPrec = wp;
     for (slong k = 0; k < levels && !done; ++k) {
+      const slong nk = terms[k];
       if (k > 0)  // g_n = (n+2)...(n+2k) eta^n / a^k
-        for (slong j = 0; j <= n; ++j) {
+        for (slong j = 0; j <= nk; ++j) {
           arb_mul_ui(g.v + j, g.v + j, j + 2 * k, levelPrec);
           arb_mul(g.v + j, g.v + j, ia.v, levelPrec);
         }
       // |level| bounded by sum |f| |g|
       mag_zero(size);
-      for (slong j = 0; j < n; ++j) {
+      for (slong j = 0; j < nk; ++j) {
         arb_get_mag(part, f.v + j + 1 + 2 * k);
         arb_get_mag(bound, g.v + j);
         mag_addmul(size, part, bound);
@@ -167,9 +181,9 @@ void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
       if (!mag_is_zero(size))
         levelPrec = std::min(
             wp, std::max<slong>(64, prec + 32 + static_cast<slong>(mag_get_d_log2_approx(size))));
-      arb_dot(term.v, nullptr, 0, f.v + 1 + 2 * k, 1, g.v, 1, n, levelPrec);
-      arb_get_mag(part, f.v + n + 1 + 2 * k);
-      arb_get_mag(bound, g.v + n);
+      arb_dot(term.v, nullptr, 0, f.v + 1 + 2 * k, 1, g.v, 1, nk, levelPrec);
+      arb_get_mag(part, f.v + nk + 1 + 2 * k);
+      arb_get_mag(bound, g.v + nk);
       mag_mul(part, part, bound);
       mag_mul_2exp_si(part, part, 1);
       arb_add_error_mag(term.v, part);
