@@ -75,11 +75,12 @@ void LogGammaStar(arb_t res, const arb_t a, slong prec) {
 // f_0 .. f_(m-1), the Taylor coefficients of h_0(z) = z / w(z), w = mu - 1 = sum c_k z^k.
 // Differentiating w - log(1 + w) = z^2/2 gives w w' = z (1 + w), so c_1 = 1 and
 // c_n = c_(n-1) / (n+1) - (1/2) sum_{k=2}^{n-1} c_k c_(n+1-k), the sum taken in pairs.
-void TemmeCoefficients(arb_ptr f, slong m, slong prec) {
+void TemmeCoefficients(arb_ptr f, slong m, const slong* precs) {
   Vec c(m + 1);
   Ball s;
   arb_one(c.v + 1);
   for (slong n = 2; n <= m; ++n) {
+    const slong prec = precs[n - 1];  // c_n enters f_(n-1) whole
     slong pairs = n / 2 - 1;
     if (pairs > 0)
       arb_dot(s.v, nullptr, 0, c.v + 2, 1, c.v + n - 1, -1, pairs, prec);
@@ -97,7 +98,7 @@ void TemmeCoefficients(arb_ptr f, slong m, slong prec) {
   // f = 1 / (w / z): f_0 = 1, f_n = -sum_{k=1}^{n} c_(k+1) f_(n-k)
   arb_one(f);
   for (slong j = 1; j < m; ++j) {
-    arb_dot(f + j, nullptr, 1, c.v + 2, 1, f + j - 1, -1, j, prec);
+    arb_dot(f + j, nullptr, 1, c.v + 2, 1, f + j - 1, -1, j, precs[j]);
   }
 }
 
@@ -137,16 +138,24 @@ void TemmeSum(arb_t res, const arb_t eta, const arb_t a, slong prec) {
   const slong wp = prec + 32;
   for (;; levels *= 2) {
     // level k, of about 2^-bits, needs the Taylor terms above 2^-(prec - bits)
-    std::vector<slong> terms(levels);
+    // and the coefficients f_(2k+1) .. f_(2k+1+terms) only to the bits that level keeps
+    std::vector<slong> terms(levels), bitsAt(levels);
     slong m = 0;
     double bits = 0;
     for (slong k = 0; k < levels; ++k) {
-      terms[k] = std::min(n, TemmeTerms(logEta, std::max<slong>(16, prec - static_cast<slong>(bits))));
+      bitsAt[k] = static_cast<slong>(bits);
+      terms[k] = std::min(n, TemmeTerms(logEta, std::max<slong>(16, prec - bitsAt[k])));
       m = std::max(m, terms[k] + 2 * k + 2);
       bits += std::max(0.0, logA + 2.65 - std::log2(static_cast<double>(k + 1)));
     }
+    std::vector<slong> precs(m, 64);
+    for (slong k = 0; k < levels; ++k)
+      for (slong j = 2 * k + 1; j <= 2 * k + 1 + terms[k] && j < m; ++j)
+        precs[j] = std::max(precs[j], wp - bitsAt[k]);
+    precs[0] = wp;
+    for (slong j = m - 2; j >= 0; --j) precs[j] = std::max(precs[j], precs[j + 1]);
     Vec f(m), g(n + 1);
-    TemmeCoefficients(f.v, m, wp);
+    TemmeCoefficients(f.v, m, precs.data());
     Ball ia, term;
     arb_inv(ia.v, a, wp);
     arb_one(g.v);

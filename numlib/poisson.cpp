@@ -3,6 +3,7 @@
 // or lambda / (j+1) upward, the other tail is its complement. Arb balls, correctly rounded
 // through Ziv's loop. The walk takes about sqrt(2 ln 2 lambda prec) terms at worst, which
 // the bound lambda <= 1e10 keeps in hand.
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -86,7 +87,10 @@ void VexaMP_g01bkc(VexaFloat rlamda, long k, VexaFloat* plek, VexaFloat* pgtk, V
   const double lambdaD = std::strtod(VexaFloatToString(rlamda).c_str(), nullptr);
   const slong kBits = BitLength(static_cast<unsigned long>(k) + 1);
   const slong lambdaBits = BitLength(static_cast<unsigned long>(lambdaD) + 1);
-  const slong extra = (kBits > lambdaBits ? 2 * kBits : 3 * lambdaBits / 2) + 40;
+  // (the gamma path keeps its own bits; only the mass's log-factorials cancel)
+  const slong extra = k + 1 >= kGammaCount
+                          ? std::max(kBits, lambdaBits) + 24
+                          : (kBits > lambdaBits ? 2 * kBits : 3 * lambdaBits / 2) + 40;
   const bool lower = static_cast<double>(k) < lambdaD;
   auto far = [&](arb_t y, slong prec) { FarTail(y, rlamda, k, lower, prec); };
   auto mass = [&](arb_t y, slong prec) { PointMass(y, rlamda, k, prec); };
