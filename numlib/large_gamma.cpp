@@ -283,7 +283,12 @@ bool ScaledDeviance(Deviance* s, const arb_t a, const arb_t lambda, slong prec) 
     }
     arb_mul(s->aL.v, a, L.v, lp);
     const double beyond = (static_cast<double>(kMaxExponent) + 40) * std::log(10.0);
-    if (arf_cmp_d(arb_midref(s->aL.v), beyond) > 0) return false;
+    mag_t low;
+    mag_init(low);
+    arb_get_mag_lower(low, s->aL.v);
+    bool past = mag_cmp_2exp_si(low, static_cast<slong>(std::log2(beyond)) + 1) > 0;
+    mag_clear(low);
+    if (past) return false;
   }
   const slong wp = prec + 32 + std::max<slong>(0, Log2Above(s->aL.v));
   s->wp = wp;
@@ -350,6 +355,14 @@ bool TemmeIsCheaper(const Deviance& s, const arb_t a, slong prec) {
 bool LargeGammaTail(arb_t res, const arb_t a, const arb_t lambda, bool upper, slong prec) {
   if (arb_is_zero(lambda)) {
     upper ? arb_one(res) : arb_zero(res);
+    return true;
+  }
+  // Where eta sqrt(a) is uncertain by more than 2^8 across the ball of lambda no digit is
+  // decided yet: the tail is only known to lie in [0, 1] (and more precision may settle it).
+  if (Log2Abs(lambda) < 64 && !arb_is_exact(lambda) &&
+      mag_get_d_log2_approx(arb_radref(lambda)) + 0.5 * Log2Abs(a) > 8) {
+    arb_set_d(res, 0.5);
+    arb_add_error_2exp_si(res, -1);
     return true;
   }
   Deviance s;
