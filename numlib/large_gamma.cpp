@@ -8,7 +8,8 @@
 // mu - 1 - log mu = z^2/2, by parts gives d_k(eta) = (h_k(eta) - h_k(0)) / eta with
 // h_(k+1)(z) = d/dz ((h_k(z) - h_k(0)) / z); the Taylor coefficients of h_0 follow from a
 // recurrence, and the remainder after K terms is of the order of the first omitted one.
-// Away from the mean (|eta| > 1/2) the tails' own series converge geometrically instead.
+// Away from the mean the tails' own series converge geometrically; they are taken for
+// |eta| > 1 and wherever they cost fewer operations.
 #include <arb_hypgeom.h>
 
 #include <algorithm>
