@@ -22,6 +22,17 @@ bool LargeShape(const arb_t a) {
   return arf_cmp_si(arb_midref(a), kLargeShape) >= 0;
 }
 
+bool HugeShape(const arb_t a) {
+  return arf_cmp_si(arb_midref(a), kMaxShape) > 0;
+}
+
+// Q(a, x), or P(a, x), by Temme's expansion in lambda = x / a.
+void HugeShapeTail(arb_t res, const arb_t a, const arb_t x, bool upper, slong prec) {
+  Ball lambda;
+  arb_div(lambda.v, x, a, prec + 32);
+  LargeGammaTail(res, a, lambda.v, upper, prec);
+}
+
 // P(a, x) by the power series (0 < x < a + 1 keeps every ratio below 1).
 void LowerSeries(arb_t res, const arb_t a, const arb_t x, slong prec) {
   Ball sum, term, den, ratio, prefix;
@@ -68,7 +79,9 @@ void GammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec);
 
 // P(a, x) for x >= 0.
 void GammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
-  if (!LargeShape(a)) {
+  if (HugeShape(a)) {
+    HugeShapeTail(res, a, x, false, prec);
+  } else if (!LargeShape(a)) {
     arb_hypgeom_gamma_lower(res, a, x, 1, prec);
   } else if (Below(x, a)) {
     LowerSeries(res, a, x, prec);
@@ -80,7 +93,9 @@ void GammaLower(arb_t res, const arb_t a, const arb_t x, slong prec) {
 
 // Q(a, x) for x >= 0.
 void GammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec) {
-  if (LargeShape(a) && Below(x, a)) {
+  if (HugeShape(a)) {
+    HugeShapeTail(res, a, x, true, prec);
+  } else if (LargeShape(a) && Below(x, a)) {
     LowerSeries(res, a, x, prec);
     OneMinusBall(res, res, prec);
   } else {
@@ -267,11 +282,54 @@ double LogGuess(double a, double logT, bool upper) {
   return std::log(x);
 }
 
+// a b, exactly.
+VexaFloat ExactProduct(const VexaFloat& a, const VexaFloat& b) {
+  mpz_t ma, mb;
+  int64_t ea, eb;
+  mpz_init(ma);
+  mpz_init(mb);
+  FloatToMpz(a, ma, &ea);
+  FloatToMpz(b, mb, &eb);
+  mpz_mul(ma, ma, mb);
+  VexaFloat r = FloatFromMpz(ma, ea + eb, 0);
+  mpz_clear(ma);
+  mpz_clear(mb);
+  return r;
+}
+
+// The quantile of a shape above kMaxShape, solved for y = x / (a b), which lies near 1
+// (Wilson-Hilferty's cube of a normal deviate to start: a shape beyond the double range
+// starts at y = 1).
+bool HugeShapeDeviate(const VexaFloat& t, bool upper, const VexaFloat& a, const VexaFloat& b,
+                      VexaFloat* x, const VexaFloat& p, NagError* fail, const char* routine) {
+  Inversion inv;
+  inv.upper = upper;
+  inv.scale = ExactProduct(a, b);
+  inv.tail = [&](arb_t y, const arb_t z, slong prec) {
+    Ball sa;
+    ToBall(sa.v, a, prec);
+    LargeGammaTail(y, sa.v, z, upper, prec);
+  };
+  inv.density = [&](arb_t y, const arb_t z, slong prec) {
+    Ball sa;
+    ToBall(sa.v, a, prec);
+    LargeGammaDensity(y, sa.v, z, prec);
+  };
+  double logA = LogOf(a), ad = ToDouble(a);
+  inv.logWidth = std::max(-1000.0, -0.5 * logA / std::log(2.0));
+  inv.logSlope = [ad](double u) { return -ad * std::expm1(u) - 1; };
+  double z = NormalUpperDeviate(LogOf(t));
+  double zLower = upper ? z : -z;
+  double c = -std::exp(-logA) / 9 + zLower * std::exp(-logA / 2) / 3;
+  return Invert(inv, t, 3 * std::log1p(c), x, p, fail, routine);
+}
+
 // The quantile at lower probability p of the gamma law with shape a and scale b.
 bool Deviate(const VexaFloat& p, const VexaFloat& a, const VexaFloat& b, VexaFloat* x,
              NagError* fail, const char* routine) {
   bool upper = p > 0.5;
   VexaFloat t = upper ? OneMinus(p) : p;
+  if (a > kMaxShape) return HugeShapeDeviate(t, upper, a, b, x, p, fail, routine);
   Inversion inv;
   inv.upper = upper;
   inv.scale = b;
@@ -323,7 +381,7 @@ VexaFloat VexaMP_g01ecc(Nag_TailProbability tail, VexaFloat x, VexaFloat df, Nag
   const char* routine = "VexaMP_g01ecc";
   Succeed(fail);
   if (!CheckTail(fail, routine, tail) || !CheckNonNegative(fail, routine, "x", x) ||
-      !CheckPositive(fail, routine, "df", df, 2 * kMaxShape))
+      !CheckPositive(fail, routine, "df", df, 0))
     return 0;
   return Probability(tail, x, Half(df), 2);
 }
@@ -333,7 +391,7 @@ VexaFloat VexaMP_g01efc(Nag_TailProbability tail, VexaFloat g, VexaFloat a, Vexa
   const char* routine = "VexaMP_g01efc";
   Succeed(fail);
   if (!CheckTail(fail, routine, tail) || !CheckNonNegative(fail, routine, "g", g) ||
-      !CheckPositive(fail, routine, "a", a, kMaxShape) || !CheckPositive(fail, routine, "b", b, 0))
+      !CheckPositive(fail, routine, "a", a, 0) || !CheckPositive(fail, routine, "b", b, 0))
     return 0;
   return Probability(tail, g, a, b);
 }
@@ -341,8 +399,7 @@ VexaFloat VexaMP_g01efc(Nag_TailProbability tail, VexaFloat g, VexaFloat a, Vexa
 VexaFloat VexaMP_g01fcc(VexaFloat p, VexaFloat df, NagError* fail) {
   const char* routine = "VexaMP_g01fcc";
   Succeed(fail);
-  if (!CheckProbability(fail, routine, p) || !CheckPositive(fail, routine, "df", df, 2 * kMaxShape))
-    return 0;
+  if (!CheckProbability(fail, routine, p) || !CheckPositive(fail, routine, "df", df, 0)) return 0;
   VexaFloat x;
   return Deviate(p, Half(df), 2, &x, fail, routine) ? x : 0;
 }
@@ -350,7 +407,7 @@ VexaFloat VexaMP_g01fcc(VexaFloat p, VexaFloat df, NagError* fail) {
 VexaFloat VexaMP_g01ffc(VexaFloat p, VexaFloat a, VexaFloat b, VexaFloat /*tol*/, NagError* fail) {
   const char* routine = "VexaMP_g01ffc";
   Succeed(fail);
-  if (!CheckProbability(fail, routine, p) || !CheckPositive(fail, routine, "a", a, kMaxShape) ||
+  if (!CheckProbability(fail, routine, p) || !CheckPositive(fail, routine, "a", a, 0) ||
       !CheckPositive(fail, routine, "b", b, 0))
     return 0;
   VexaFloat x;

@@ -3,12 +3,14 @@
 // or lambda / (j+1) upward, the other tail is its complement. Arb balls, correctly rounded
 // through Ziv's loop. The walk takes about sqrt(2 ln 2 lambda prec) terms at worst, which
 // the bound lambda <= 1e10 keeps in hand.
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
 #include "float/ball.h"
 #include "numlib/discrete.h"
 #include "numlib/failure.h"
+#include "numlib/quantile.h"
 
 namespace vexa {
 namespace {
@@ -28,8 +30,22 @@ void PointMass(arb_t y, const VexaFloat& lambda, long k, slong prec) {
   ClampUnderflow(y);
 }
 
+// From this count on, the tails are taken as incomplete gamma values of shape k + 1,
+// P(X <= k) = Q(k + 1, lambda) and P(X > k) = P(k + 1, lambda), by Temme's expansion: a few
+// dozen operations where the walk takes about sqrt(lambda prec) terms.
+const long kGammaCount = 10000;
+
 // P(X <= k) summed downward from k, or P(X > k) upward from k + 1.
 void FarTail(arb_t y, const VexaFloat& lambda, long k, bool lower, slong prec) {
+  if (k + 1 >= kGammaCount) {
+    Ball a, ratio;
+    arb_set_ui(a.v, static_cast<ulong>(k) + 1);
+    ToBall(ratio.v, lambda, prec + 32);
+    arb_div(ratio.v, ratio.v, a.v, prec + 32);
+    LargeGammaTail(y, a.v, ratio.v, lower, prec);
+    ClampUnderflow(y);
+    return;
+  }
   const ulong start = static_cast<ulong>(lower ? k : k + 1);
   Ball first, factor;
   PointMass(first.v, lambda, static_cast<long>(start), prec);
@@ -71,7 +87,10 @@ void VexaMP_g01bkc(VexaFloat rlamda, long k, VexaFloat* plek, VexaFloat* pgtk, V
   const double lambdaD = std::strtod(VexaFloatToString(rlamda).c_str(), nullptr);
   const slong kBits = BitLength(static_cast<unsigned long>(k) + 1);
   const slong lambdaBits = BitLength(static_cast<unsigned long>(lambdaD) + 1);
-  const slong extra = (kBits > lambdaBits ? 2 * kBits : 3 * lambdaBits / 2) + 40;
+  // (the gamma path keeps its own bits; only the mass's log-factorials cancel)
+  const slong extra = k + 1 >= kGammaCount
+                          ? std::max(kBits, lambdaBits) + 24
+                          : (kBits > lambdaBits ? 2 * kBits : 3 * lambdaBits / 2) + 40;
   const bool lower = static_cast<double>(k) < lambdaD;
   auto far = [&](arb_t y, slong prec) { FarTail(y, rlamda, k, lower, prec); };
   auto mass = [&](arb_t y, slong prec) { PointMass(y, rlamda, k, prec); };

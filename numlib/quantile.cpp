@@ -176,7 +176,10 @@ VexaFloat PowerOfTen(int64_t k, int mantissa = 1) {
 
 class Solver {
  public:
-  Solver(const Inversion& inv, const VexaFloat& t) : inv_(inv), t_(t) {}
+  Solver(const Inversion& inv, const VexaFloat& t)
+      : inv_(inv),
+        t_(t),
+        widthBits_(std::max<slong>(0, static_cast<slong>(-std::floor(inv.logWidth)))) {}
 
   bool Run(double logGuess, VexaFloat* x);
 
@@ -223,6 +226,8 @@ class Solver {
   // Bits of |u| above the point: u = log y is held to absolute accuracy, so every precision
   // carries them too (for y = 10^(10^15), 52 of them).
   slong magnitude_ = 0;
+  // Bits below the unit of u of the width on which T varies (Inversion::logWidth).
+  slong widthBits_ = 0;
 };
 
 bool Solver::Step(const arb_t u, arb_t y, arb_t T, slong prec, slong need, arb_t du, int* order,
@@ -274,7 +279,7 @@ bool Solver::StartStep(double v, double* d, int* order, slong* limit) const {
   }
   Ball u, y, T, du;
   arb_set_d(u.v, v);
-  if (!Step(u.v, y.v, T.v, 64, 44, du.v, order, limit)) return false;
+  if (!Step(u.v, y.v, T.v, 64 + widthBits_, 44, du.v, order, limit)) return false;
   *d = arf_get_d(arb_midref(du.v), ARF_RND_NEAR);
   return true;
 }
@@ -403,6 +408,7 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   // Steps in double or at 64 bits, kept inside a bracket of u = log y, until about 40 bits
   // are right.
   double lo = -kInf, hi = inv_.ymax > 0 ? std::log(inv_.ymax) : kInf;
+  const double width = std::ldexp(1.0, static_cast<int>(-widthBits_));
   double v = std::isfinite(logGuess) ? logGuess : 0;
   if (v >= hi) v = hi - 0.7;
   slong bits = 0;
@@ -418,12 +424,12 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
         hi = std::min(hi, v);
       else
         lo = std::max(lo, v);
-      d = std::max(-16.0, std::min(16.0, d));
+      d = std::max(-16 * width, std::min(16 * width, d));
       next = v - d;
-      double e = -std::log2(std::fabs(d) / std::max(1.0, std::fabs(v)));
-      if (std::min<double>(order * e - 8, limit) >= 40) bits = 40;
+      double e = -std::log2(std::fabs(d) / std::max(width, std::fabs(v)));
+      if (std::min<double>(order * e - 8, limit - widthBits_) >= 40) bits = 40;
       // a small step is trusted even past a bracket end set by a rounded iterate
-      if (std::fabs(d) < 1e-4) {
+      if (std::fabs(d) < 1e-4 * width) {
         v = next;
         continue;
       }
@@ -435,12 +441,12 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
       if (std::isfinite(lo) && std::isfinite(hi))
         next = 0.5 * (lo + hi);
       else if (std::isfinite(lo))
-        next = lo + 2;
+        next = lo + 2 * width;
       else if (std::isfinite(hi))
-        next = hi - 2;
+        next = hi - 2 * width;
       else
         return false;
-      if (hi - lo < 1e-14 * std::max(1.0, std::fabs(lo))) bits = 40;
+      if (hi - lo < 1e-14 * std::max(width, std::fabs(lo))) bits = 40;
     }
     v = next;
   }
@@ -450,7 +456,8 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
   // interval operator at full precision can enclose the root narrowly enough.
   arb_set_d(u.v, v);
   magnitude_ = std::max(0, std::ilogb(v) + 1);
-  bits = std::max<slong>(0, bits - magnitude_);  // the double stage's bits are relative to u
+  // the double stage's bits are relative to u, or to the width
+  bits = std::max<slong>(0, bits - magnitude_) + widthBits_;
   const slong full = target + 32 + magnitude_;
   for (int iter = 0; 2 * bits < target + 24; ++iter) {
     if (iter > 40) return false;
@@ -461,8 +468,9 @@ bool Solver::Run(double logGuess, VexaFloat* x) {
     if (arb_is_zero(du.v)) {
       bits = prec - magnitude_ - 28;
     } else {
-      slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v));
-      bits = std::min({order * e - 8, limit, prec - magnitude_ - 28});
+      // the step's size in widths, whose count of bits the step multiplies by its order
+      slong e = -arf_abs_bound_lt_2exp_si(arb_midref(du.v)) - widthBits_;
+      bits = std::min({order * e - 8 + widthBits_, limit, prec - magnitude_ - 28});
     }
   }
 

@@ -37,7 +37,8 @@ double ToDouble(const VexaFloat& v);
 // The standard normal z with P(Z > z) = exp(logQ) (logQ <= log 1/2 gives z >= 0; any logQ < 0).
 double NormalUpperDeviate(double logQ);
 double LogGamma(double a);
-// Largest shape parameter (and half the largest degrees of freedom) the routines accept.
+// Largest shape parameter (and half the largest degrees of freedom) of the beta-family
+// routines; above it the gamma routines take Temme's expansion (large_gamma.cpp).
 constexpr long kMaxShape = 1000000;
 
 // The regularized incomplete gamma functions P(a, x), Q(a, x) and beta function I_z(a, b)
@@ -46,6 +47,10 @@ void RegularizedGammaLower(arb_t res, const arb_t a, const arb_t x, slong prec);
 void RegularizedGammaUpper(arb_t res, const arb_t a, const arb_t x, slong prec);
 void RegularizedBetaLower(arb_t res, const arb_t a, const arb_t b, const arb_t z, const arb_t zc,
                           slong prec);
+// Q(a, a lambda) (upper) or P(a, a lambda) for a shape a > kMaxShape, and the density of
+// a lambda with respect to lambda. Beyond the float range the smaller tail is 0.
+bool LargeGammaTail(arb_t res, const arb_t a, const arb_t lambda, bool upper, slong prec);
+void LargeGammaDensity(arb_t res, const arb_t a, const arb_t lambda, slong prec);
 
 // The results of a family's tails as balls: y = tail at the point z, at prec bits.
 using BallTail = std::function<void(arb_t y, const arb_t z, slong prec)>;
@@ -67,6 +72,9 @@ struct Inversion {
   double ymax = 0;     // support bound of y (0: unbounded)
   bool reflect = false;
   VexaFloat scale = VexaFloat(1);
+  // log2 of the width of u = log y over which T changes (below 0 for a law much narrower than
+  // its distance from 0): the iteration counts its correct bits in that width.
+  double logWidth = 0;
 };
 
 // The correctly rounded x with T(y(x)) = t (0 < t < 1), starting from y = exp(logGuess).

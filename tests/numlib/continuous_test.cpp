@@ -1,6 +1,7 @@
 // The continuous probability and deviate routines against reference values (mpmath, see
 // tests/reference/make_numlib_continuous_reference.py, make_numlib_deviate_reference.py,
-// make_numlib_extreme_reference.py and make_numlib_whole_shape_reference.py):
+// make_numlib_extreme_reference.py, make_numlib_whole_shape_reference.py and
+// make_numlib_large_shape_reference.py):
 // every value must be correctly rounded.
 // Then the deviates' rounding checked by their own distribution functions at higher
 // precision, and the failure records for bad arguments.
@@ -57,8 +58,8 @@ VexaFloat Compute(const Case& c, NagError* fail) {
 TEST(Continuous, ReferenceValuesAreCorrectlyRounded) {
   std::vector<Case> cases = ReadCases("numlib_continuous.txt");
   ASSERT_GT(cases.size(), 300u);
-  for (const char* file :
-       {"numlib_deviates.txt", "numlib_extremes.txt", "numlib_whole_shapes.txt"}) {
+  for (const char* file : {"numlib_deviates.txt", "numlib_extremes.txt", "numlib_whole_shapes.txt",
+                           "numlib_large_shapes.txt"}) {
     std::vector<Case> more = ReadCases(file);
     EXPECT_FALSE(more.empty()) << file;
     cases.insert(cases.end(), more.begin(), more.end());
@@ -150,6 +151,10 @@ TEST(Continuous, DeviatesInvertTheirDistributionFunctions) {
        [](auto& x, auto f) { return VexaMP_g01efc(L, x, F("0.001"), 2, f); }},
       {"gamma(3e5, 0.5)", [](auto& p, auto f) { return VexaMP_g01ffc(p, 3e5, 0.5, 0.0, f); },
        [](auto& x, auto f) { return VexaMP_g01efc(L, x, 3e5, 0.5, f); }},
+      {"gamma(2.5e9, 3)", [](auto& p, auto f) { return VexaMP_g01ffc(p, 2.5e9, 3, 0.0, f); },
+       [](auto& x, auto f) { return VexaMP_g01efc(L, x, 2.5e9, 3, f); }},
+      {"chisq(1e31)", [](auto& p, auto f) { return VexaMP_g01fcc(p, F("1e31"), f); },
+       [](auto& x, auto f) { return VexaMP_g01ecc(L, x, F("1e31"), f); }},
       {"F(3, 7.5)", [](auto& p, auto f) { return VexaMP_g01fdc(p, 3, 7.5, f); },
        [](auto& x, auto f) { return VexaMP_g01edc(L, x, 3, 7.5, f); }},
       {"F(1e6, 2e5)", [](auto& p, auto f) { return VexaMP_g01fdc(p, 1e6, 2e5, f); },
@@ -174,7 +179,7 @@ TEST(Continuous, DeviatesInvertTheirDistributionFunctions) {
   // far tails at 400 digits, where the last Newton corrections are too small for a double
   Law chisq{"chisq(1e5)", [](auto& p, auto f) { return VexaMP_g01fcc(p, 1e5, f); },
             [](auto& x, auto f) { return VexaMP_g01ecc(L, x, 1e5, f); }};
-  for (const Law& law : {laws[0], laws[3], chisq, laws[7], laws[9]})
+  for (const Law& law : {laws[0], laws[3], chisq, laws[9], laws[11]})
     ExpectBracketed(law, "1e-100", 400);
   // 1 - (1 - 1e-40)^1000 lies so near a rounding midpoint at 200 digits that only the
   // boundary test decides it
@@ -215,6 +220,20 @@ TEST(Continuous, TinyShapes) {
   EXPECT_EQ(fail.code, NE_NOERROR);
 }
 
+// Shapes beyond the double range: the law's relative width 1/sqrt(a) lies below the last
+// digit, so a deviate rounds to the mean (1e400 - 0.52e200 rounds to 1e400 at 30 digits),
+// and a point off the mean by more than the float's range of exponents has tails 0 and 1.
+TEST(Continuous, HugeShapes) {
+  VexaDigitsScope digits(30);
+  NagError fail;
+  const VexaFloat a = F("1e400"), off = F("0.99999e400");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01ffc(0.3, a, 1, 0.0, &fail)), "1e400");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01efc(Nag_LowerTail, off, a, 1, &fail)), "0.");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01efc(Nag_UpperTail, off, a, 1, &fail)), "1.");
+  EXPECT_EQ(VexaFloatToString(VexaMP_g01ecc(Nag_UpperTail, F("3e1000"), F("2e1000"), &fail)), "0.");
+  EXPECT_EQ(fail.code, NE_NOERROR);
+}
+
 TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {
   // integers print with a trailing point ("1."), as the float library writes them
   NagError fail;
@@ -240,8 +259,8 @@ TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {
        "On entry, df = Float(undefined). Constraint: df is finite."},
       {[&] { return VexaMP_g01ecc(L, -1, 3, &fail); }, NE_REAL_ARG_LT,
        "On entry, x = -1. Constraint: x >= 0."},
-      {[&] { return VexaMP_g01fcc(0.5, 3e6, &fail); }, NE_REAL_ARG_GT,
-       "On entry, df = 3000000. Constraint: 0 < df <= 2000000."},
+      {[&] { return VexaMP_g01fcc(0.5, -3e6, &fail); }, NE_REAL_ARG_LE,
+       "On entry, df = -3000000. Constraint: 0 < df."},
       {[&] { return VexaMP_g01edc(L, 1, 2, 0, &fail); }, NE_REAL_ARG_LE,
        "On entry, df2 = 0. Constraint: 0 < df2 <= 2000000."},
       {[&] { return VexaMP_g01fdc(1, 2, 3, &fail); }, NE_REAL_ARG_GE,
@@ -249,7 +268,7 @@ TEST(Continuous, BadArgumentsFailWithTheirCodeAndMessage) {
       {[&] { return VexaMP_g01efc(L, 1, 2, -0.5, &fail); }, NE_REAL_ARG_LE,
        "On entry, b = -0.5. Constraint: 0 < b."},
       {[&] { return VexaMP_g01ffc(0.5, 0, 1, 0.0, &fail); }, NE_REAL_ARG_LE,
-       "On entry, a = 0. Constraint: 0 < a <= 1000000."},
+       "On entry, a = 0. Constraint: 0 < a."},
       {[&] { return VexaMP_g01fec(-0.25, 1, 1, 0.0, &fail); }, NE_REAL_ARG_LE,
        "On entry, p = -0.25. Constraint: 0 < p < 1."},
       {[&] {
