@@ -219,5 +219,12 @@ ALGEB STATS_EmpiricalRandomVariateEntry_MP(const STATS_VexaEntry_MP& entry);
 ALGEB STATS_EmpiricalRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 // The binomial sample entry after the arity check: its setup is made once per sample.
 ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+// The sample entries of the gamma family after the arity check: the gamma generators are set
+// up once per sample.
+ALGEB STATS_GammaRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_ChiSquareRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_BetaRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_FRatioRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_StudentTRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 
 #endif
