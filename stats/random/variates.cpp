@@ -63,7 +63,7 @@ VexaFloat Exp(const VexaFloat& x) {
 // of the working precision, not one of the 2^23 multiples of x_i / 2^23 that a single word
 // gives. Accepts below the next layer's edge x_{i-1} (the base strip: below r), decided on
 // the leading 64 bits of t except within one threshold unit of the edge, and in the wedge
-// under f. Layer 0 beyond r returns an undefined value: the caller draws the tail.
+// under f. A point of layer 0 beyond r is not accepted: the caller draws the tail.
 struct Candidate {
   bool accepted;
   int layer;

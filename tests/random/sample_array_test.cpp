@@ -37,14 +37,12 @@ TEST(SampleArray, NewArraysAreOneDimensionalSfloatExpressionArrays) {
 
 TEST(SampleArray, GivenArraysAreCheckedOnStorageAndRepresentationOnly) {
   ALGEB sparse = Array(RTABLE_DAG, RTABLE_SPARSE, 4);
-  EXPECT_EQ(ErrorOf([&] {
-              STATS_CreateRandomSample_MP(Kv(), sparse);
-            }).rfind("output array must have rectangular storage, received: ", 0),
+  EXPECT_EQ(ErrorOf([&] { STATS_CreateRandomSample_MP(Kv(), sparse); }).rfind(
+                "output array must have rectangular storage, received: ", 0),
             0u);
   ALGEB hardware = Array(RTABLE_FLOAT64, RTABLE_RECT, 4);
-  EXPECT_EQ(ErrorOf([&] {
-              STATS_CreateRandomSample_MP(Kv(), hardware);
-            }).rfind("output array must have float[8] or sfloat data type, received: ", 0),
+  EXPECT_EQ(ErrorOf([&] { STATS_CreateRandomSample_MP(Kv(), hardware); }).rfind(
+                "output array must have float[8] or sfloat data type, received: ", 0),
             0u);
   // an expression array passes whatever element type it declares, and is the array returned
   ALGEB anything = Array(RTABLE_DAG, RTABLE_RECT, 4);
