@@ -8,6 +8,7 @@
 #include "stats/distributions/distributions.h"
 #include "stats/frame/frame.h"
 #include "stats/random/variates.h"
+#include "stats/random/ziggurat.h"
 
 extern "C" {
 ALGEB STATS_VexaGammaRandomSample_MP(VexaKernelVector kv, ALGEB args);
@@ -66,6 +67,11 @@ void Single(benchmark::State& state) {
   VexaDigitsScope digits(static_cast<int>(state.range(0)));
   for (auto _ : state) benchmark::DoNotOptimize(Draw());
 }
+// The exact mode of the ziggurat, whose candidates are multiples of a 23-bit grid.
+VexaFloat GridNormal() {
+  STATS_ZigguratNormalGenerator_MP::ResetExact();
+  return STATS_ZigguratNormalGenerator_MP::NextExact();
+}
 VexaFloat Gamma() {
   return STATS_StandardGammaVariate_MP(2.5);
 }
@@ -107,6 +113,7 @@ BENCHMARK(BM_GammaSmallShapeSample)->Apply(SampleArgs);
 BENCHMARK(BM_BetaSample)->Apply(SampleArgs);
 BENCHMARK(BM_StudentTSample)->Apply(SampleArgs);
 BENCHMARK_TEMPLATE(Single, STATS_ExactNormalVariate_MP)->Arg(15)->Arg(50);
+BENCHMARK_TEMPLATE(Single, GridNormal)->Arg(15)->Arg(50);
 BENCHMARK_TEMPLATE(Single, STATS_ExactExponentialVariate_MP)->Arg(15)->Arg(50);
 BENCHMARK_TEMPLATE(Single, Gamma)->Arg(15)->Arg(50);
 BENCHMARK_TEMPLATE(Single, GammaPrepared)->Arg(15)->Arg(50);
