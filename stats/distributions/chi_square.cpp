@@ -1,6 +1,7 @@
 // The chi-square distribution with nu degrees of freedom: probability and quantile from the
 // numerical library, variates as twice a gamma variate of shape nu / 2.
 #include "distributions/distributions.h"
+#include "frame/frame.h"
 #include "random/variates.h"
 
 VexaFloat STATS_ChiSquareProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat nu) {
@@ -12,12 +13,30 @@ VexaFloat STATS_ChiSquareDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat 
   return STATS_CallLibrary_MP(kv, [&](NagError* fail) { return VexaMP_g01fcc(p, nu, fail); });
 }
 
-VexaFloat STATS_ChiSquareRandomVariate_MP(VexaKernelVector kv, VexaFloat nu) {
+namespace {
+
+void CheckDegrees(VexaKernelVector kv, const VexaFloat& nu) {
   STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(nu),
                             "the degrees of freedom must be positive and finite, received: %1", nu);
+}
+
+}  // namespace
+
+VexaFloat STATS_ChiSquareRandomVariate_MP(VexaKernelVector kv, VexaFloat nu) {
+  CheckDegrees(kv, nu);
   return STATS_ChiSquareVariate_MP(nu);
 }
 
 VexaFloat STATS_ChiSquareRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters) {
   return STATS_ChiSquareRandomVariate_MP(kv, parameters[0]);
+}
+
+ALGEB STATS_ChiSquareRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry) {
+  const VexaKernelVector kv = entry.Kernel();
+  const int n = entry.Integer(1);
+  const VexaFloat nu = entry.Float(2);
+  if (n <= 0) return STATS_FillRandomSample_MP(kv, n, nullptr);
+  CheckDegrees(kv, nu);
+  const STATS_StandardGammaGenerator_MP g(nu / 2);
+  return STATS_FillRandomSample_MP(kv, n, [&] { return 2 * g.Next(); });
 }

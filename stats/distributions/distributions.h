@@ -222,6 +222,13 @@ ALGEB STATS_EmpiricalRandomVariateEntry_MP(const STATS_VexaEntry_MP& entry);
 ALGEB STATS_EmpiricalRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 // The binomial sample entry after the arity check: its setup is made once per sample.
 ALGEB STATS_BinomialRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+// The sample entries of the gamma family after the arity check: the gamma generators are set
+// up once per sample.
+ALGEB STATS_GammaRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_ChiSquareRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_BetaRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_FRatioRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
+ALGEB STATS_StudentTRandomSampleEntry_MP(const STATS_VexaEntry_MP& entry);
 
 // ---- Noncentral: Student t (nu, delta), chi-square (nu, lambda), F-ratio (nu1, nu2,
 // lambda), beta (a, b, lambda). Probabilities from the numerical library; each deviate

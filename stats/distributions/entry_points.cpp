@@ -220,6 +220,12 @@ void CheckNonCentralChiSquareSample(const STATS_VexaEntry_MP& entry) {
   ENTRY(Dist, Deviate, D, DeviateWorker)                                         \
   ENTRY(Dist, RandomVariate, V, VariateWorker)                                   \
   ENTRY(Dist, RandomSample, S, VariateWorker)
+// The same with a sample entry of the distribution's own, STATS_<Dist>RandomSampleEntry_MP.
+#define DIST4_OWN_SAMPLE(Dist, P, D, V, S, ProbabilityWorker, DeviateWorker, VariateWorker) \
+  ENTRY(Dist, Probability, P, ProbabilityWorker)                                            \
+  ENTRY(Dist, Deviate, D, DeviateWorker)                                                    \
+  ENTRY(Dist, RandomVariate, V, VariateWorker)                                              \
+  STATS_OWN_ENTRY(Dist, RandomSample, S, STATS_##Dist##RandomSampleEntry_MP)
 
 using Variate1 = VexaFloat (*)(VexaKernelVector, VexaFloat);
 using Variate2 = VexaFloat (*)(VexaKernelVector, VexaFloat, VexaFloat);
@@ -231,24 +237,24 @@ using Counts3 = VexaFloat (*)(VexaKernelVector, long, long, long);
 // Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
 DIST4(Bernoulli, 2, 2, 1, 2, W(STATS_BernoulliProbability_MP), W(STATS_BernoulliDeviate_MP),
       AS(Variate1, STATS_BernoulliRandomVariate_MP))
-DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP),
-      AS(Variate2, STATS_BetaRandomVariate_MP))
+DIST4_OWN_SAMPLE(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP),
+                 AS(Variate2, STATS_BetaRandomVariate_MP))
 ENTRY(Binomial, Probability, 3, W(STATS_BinomialProbability_MP))
 ENTRY(Binomial, Deviate, 3, W(STATS_BinomialDeviate_MP))
 ENTRY(Binomial, RandomVariate, 2, AS(CountVariate1, STATS_BinomialRandomVariate_MP))
 STATS_OWN_ENTRY(Binomial, RandomSample, 3, STATS_BinomialRandomSampleEntry_MP)
 DIST4(Cauchy, 3, 3, 2, 3, W(STATS_CauchyProbability_MP), W(STATS_CauchyDeviate_MP),
       AS(Variate2, STATS_CauchyRandomVariate_MP))
-DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),
-      AS(Variate1, STATS_ChiSquareRandomVariate_MP))
+DIST4_OWN_SAMPLE(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP),
+                 W(STATS_ChiSquareDeviate_MP), AS(Variate1, STATS_ChiSquareRandomVariate_MP))
 DIST4(DiscreteUniform, 3, 3, 2, 3, W(STATS_DiscreteUniformProbability_MP),
       W(STATS_DiscreteUniformDeviate_MP), AS(Counts2, STATS_DiscreteUniformRandomVariate_MP))
 DIST4(Exponential, 2, 2, 1, 2, W(STATS_ExponentialProbability_MP), W(STATS_ExponentialDeviate_MP),
       AS(Variate1, STATS_ExponentialRandomVariate_MP))
-DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP),
-      AS(Variate2, STATS_FRatioRandomVariate_MP))
-DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP),
-      AS(Variate2, STATS_GammaRandomVariate_MP))
+DIST4_OWN_SAMPLE(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP),
+                 AS(Variate2, STATS_FRatioRandomVariate_MP))
+DIST4_OWN_SAMPLE(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP),
+                 AS(Variate2, STATS_GammaRandomVariate_MP))
 DIST4(Geometric, 2, 2, 1, 2, W(STATS_GeometricProbability_MP), W(STATS_GeometricDeviate_MP),
       AS(Variate1, STATS_GeometricRandomVariate_MP))
 DIST4(Gumbel, 3, 3, 2, 3, W(STATS_GumbelProbability_MP), W(STATS_GumbelDeviate_MP),
@@ -280,8 +286,8 @@ DIST4(Power, 3, 3, 2, 3, W(STATS_PowerProbability_MP), W(STATS_PowerDeviate_MP),
       AS(Variate2, STATS_PowerRandomVariate_MP))
 DIST4(Rayleigh, 2, 2, 1, 2, W(STATS_RayleighProbability_MP), W(STATS_RayleighDeviate_MP),
       AS(Variate1, STATS_RayleighRandomVariate_MP))
-DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
-      AS(Variate1, STATS_StudentTRandomVariate_MP))
+DIST4_OWN_SAMPLE(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
+                 AS(Variate1, STATS_StudentTRandomVariate_MP))
 DIST4(Triangular, 4, 4, 3, 4, W(STATS_TriangularProbability_MP), W(STATS_TriangularDeviate_MP),
       AS(Variate3, STATS_TriangularRandomVariate_MP))
 DIST4(Weibull, 3, 3, 2, 3, W(STATS_WeibullProbability_MP), W(STATS_WeibullDeviate_MP),

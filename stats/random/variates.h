@@ -4,19 +4,23 @@
 #ifndef STATS_RANDOM_VARIATES_H
 #define STATS_RANDOM_VARIATES_H
 
+#include <functional>
+
 #include "vexa/external.h"
 #include "vexa/float.h"
 
 // Standard normal and standard exponential (mean 1) deviates.
 VexaFloat STATS_ExactNormalVariate_MP();
 VexaFloat STATS_ExactExponentialVariate_MP();
-// A uniform on (0, 1], safe for logarithms and negative powers.
+// A uniform on (0, 1] at the working precision, safe for logarithms and negative powers:
+// 64 random bits from two host words, and below them a host uniform when Digits exceeds 17.
 VexaFloat STATS_PositiveUniformVariate_MP();
 
 // Gamma with shape a > 0 and scale 1 by Marsaglia and Tsang ("A simple method for generating
 // gamma variables", ACM TOMS 26, 2000): a normal deviate x is accepted as d (1 + c x)^3 with
 // d = a - 1/3, c = 1 / sqrt(9 d), after a squeeze and a logarithmic test; for a < 1 the
-// variate of shape a + 1 is multiplied by U^(1/a). The constants are set up once per shape.
+// variate of shape a + 1 is multiplied by U^(1/a) = exp(-E / a), E exponential. The
+// constants are set up once per shape.
 class STATS_StandardGammaGenerator_MP {
  public:
   explicit STATS_StandardGammaGenerator_MP(const VexaFloat& a);
@@ -32,6 +36,10 @@ class STATS_StandardGammaGenerator_MP {
 VexaFloat STATS_StandardGammaVariate_MP(const VexaFloat& a);
 // Chi-square with nu > 0 degrees of freedom: 2 Gamma(nu / 2).
 VexaFloat STATS_ChiSquareVariate_MP(const VexaFloat& nu);
+
+// A new sample array of n elements, element i the i-th call of next; for n <= 0 the empty
+// sample, nothing drawn.
+ALGEB STATS_FillRandomSample_MP(VexaKernelVector kv, int n, const std::function<VexaFloat()>& next);
 
 // Raises message with x as %1 unless ok: the parameter checks of the variate workers, made
 // before any draw.

@@ -3,12 +3,11 @@
 
 Writes variates.txt: lines "<op> <digits> <args...> <expected>" computed with mpmath at 60
 digits, rounded to <digits> significant digits:
-  InverseGaussianQuantile 20 mu lambda p  -- the p-quantile of the inverse Gaussian law
-  Mean 20 <family> <parameters...>        -- the mean of a family
-  Variance 20 <family> <parameters...>    -- its variance
+  Mean 20 <family> <parameters...>      -- the mean of a family
+  Variance 20 <family> <parameters...>  -- its variance
 """
 import os
-from mpmath import mp, mpf, sqrt, exp, log, pi, gamma, euler, ncdf, findroot
+from mpmath import mp, mpf, sqrt, log, pi, gamma, euler
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 mp.dps = 60
@@ -19,25 +18,6 @@ def rnd(x, d=DIGITS):
     s = mp.nstr(x, d, min_fixed=1, max_fixed=0, strip_zeros=False)
     mant, _, e = s.partition("e")
     return mant + ("e" + str(int(e)) if e else "")
-
-
-def ig_cdf(x, mu, lam):
-    r = sqrt(lam / x)
-    return ncdf(r * (x / mu - 1)) + exp(2 * lam / mu) * ncdf(-r * (x / mu + 1))
-
-
-def ig_quantile(p, mu, lam):
-    # bisection on a bracket, then Newton polish by findroot
-    lo, hi = mpf("1e-30"), mu
-    while ig_cdf(hi, mu, lam) < p:
-        hi *= 2
-    for _ in range(80):
-        mid = (lo + hi) / 2
-        if ig_cdf(mid, mu, lam) < p:
-            lo = mid
-        else:
-            hi = mid
-    return findroot(lambda x: ig_cdf(x, mu, lam) - p, (lo + hi) / 2)
 
 
 def moments(family, params):
@@ -83,11 +63,6 @@ MOMENT_CASES = [
 def main():
     lines = [l.strip() for l in __doc__.splitlines()[2:] if l.strip()]
     out = ["# " + l for l in lines]
-    mu, lam, bins = "1.5", "2", 50
-    for k in range(1, bins):
-        p = mpf(k) / bins
-        out.append("InverseGaussianQuantile %d %s %s %s %s" %
-                   (DIGITS, mu, lam, rnd(p), rnd(ig_quantile(p, mpf(mu), mpf(lam)))))
     for family, params in MOMENT_CASES:
         m, v = moments(family, params)
         out.append("Mean %d %s %s %s" % (DIGITS, family, " ".join(params), rnd(m)))
