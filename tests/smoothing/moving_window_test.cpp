@@ -139,14 +139,6 @@ TEST(MovingWindow, MeansAndMediansMatchBruteForce) {
   }
 }
 
-TEST(MovingWindow, MissingValuesKeptMakeTheirWindowsUndefined) {
-  ALGEB out = Call(STATS_VexaMovingMean_MP, {SfloatRTable(kData), Integer(2), Integer(0),
-                                             NoWeights(), Bool(false), Integer(0), Bool(false)});
-  const auto* x = static_cast<const VexaFloat*>(RTableDataBlock(Kv(), out));
-  ASSERT_EQ(RTableNumElements(Kv(), out), 9);
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(IsVexaFloatUndefined(x[i]), i == 3 || i == 4) << i;
-}
-
 TEST(MovingWindow, ChecksAndTheirMessages) {
   ALGEB A = SfloatRTable(kData);
   ALGEB sparse = SfloatRTable({"1", "U", "U", "4"});
@@ -170,10 +162,7 @@ TEST(MovingWindow, ChecksAndTheirMessages) {
          Call(STATS_VexaMovingMean_MP, {A, Integer(2)});
        },
        "VexaMovingMean expects 7 arguments, received: "},
-      {[&] { Call(STATS_VexaMovingMedian_MP, {A}); },
-       "VexaMovingMedian expects 6 arguments, received: "},
       {[&] { mean(A, 0, 0, NoWeights(), true); }, window + "10, received: 0"},
-      {[&] { median(A, 11, 0, NoWeights(), true); }, window + "10, received: 11"},
       {[&] { mean(A, 2, 10, NoWeights(), true); }, offset + "9, received: 10"},
       {[&] { median(A, 2, -1, NoWeights(), false); }, offset + "9, received: -1"},
       {[&] {
