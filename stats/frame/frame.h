@@ -201,8 +201,8 @@ class STATS_VexaRaisedDigits_MP {
 
 // Reports long work through the info channel: once the work has run for interval seconds,
 // and every interval seconds after that, "<task>: <done> of <total> <unit>" at level 1 under
-// the name "Statistics" (shown when infolevel[Statistics] >= 1). Update reads the clock, so
-// tight loops call it every few thousand steps.
+// the name "Statistics" (shown when infolevel[Statistics] >= 1). Update also lets a Ctrl-C
+// end the work; it reads the clock, so tight loops call it every few thousand steps.
 class STATS_Progress_MP {
  public:
   STATS_Progress_MP(VexaKernelVector kv, const char* task, long long total, const char* unit,

@@ -24,6 +24,7 @@ STATS_Progress_MP::STATS_Progress_MP(VexaKernelVector kv, const char* task, long
       m_nextReport(interval) {}
 
 void STATS_Progress_MP::Update(long long done) {
+  VexaCheckInterrupt(m_kv);
   const double elapsed = Seconds() - m_start;
   if (elapsed < m_nextReport) return;
   m_nextReport = elapsed + m_interval;
