@@ -55,7 +55,13 @@ samplers: deps
 # corpus in build/fuzz/corpus-<target> between runs; crashes land in build/fuzz/.
 FUZZ_SECONDS ?= 120
 FUZZ_TARGETS ?= fuzz_shell fuzz_library
+# FUZZ_KEEP_GOING=1 runs each target in a child process that is restarted after a finding, so
+# that a long campaign collects every crash and timeout instead of stopping at the first.
+FUZZ_KEEP_GOING ?= 0
 FUZZ_FLAGS = -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=2048 -detect_leaks=0 -artifact_prefix=build/fuzz/
+ifeq ($(FUZZ_KEEP_GOING),1)
+FUZZ_FLAGS += -fork=1 -ignore_crashes=1 -ignore_timeouts=1 -ignore_ooms=1
+endif
 fuzz: deps
 	@scripts/install-deps --fuzz
 	@CC=clang CXX=clang++ cmake -S . -B build/fuzz -DVEXA_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null

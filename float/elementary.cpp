@@ -156,6 +156,8 @@ VexaFloat Pow(const VexaFloat& xv, const VexaFloat& yv) {
     if (e < -kMaxExponent) return VexaFloat();
     return VexaFloat(NewSmallFloatNode(negate ? -1 : 1, e));
   }
+  if (xDigits == 1 && x->limbs[0] == 1 && x->exponent == 0)  // (-1)^y with y beyond a long
+    return negate ? -ExactOne() : ExactOne();
   if (AsLong(y, &k) && xDigits * std::labs(k) <= 4L * CurrentDigits() + 200)
     return ExactPower(x, k);
   // Decimal exponent of the result, |y log10|x||. log10|x| comes from a ball precise

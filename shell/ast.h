@@ -22,6 +22,7 @@ enum class NodeKind {
   kFloat,      // text: the literal as written
   kString,     // text: the contents
   kName,       // text: the name
+  kQuoted,     // 'name': text: the name, not evaluated
   kIndex,      // a[b, c]: children[0] indexed by children[1..]
   kCall,       // f(a, b): children[0] applied to children[1..]
   kBinary,     // op: + - * / ^ = <> < <= > >= .. and or
@@ -58,6 +59,8 @@ struct Node : public gc {
   TreeVector<TreeString> params;
   TreeVector<TreeString> locals;
   bool arrow = false;
+  // a procedure of a package: errors raised inside it name the command the user called
+  bool package = false;
   // statements: printed (;) or silent (:)
   bool silent = false;
 

@@ -11,8 +11,6 @@
 namespace vexa::shell {
 namespace {
 
-using BuiltinFn = ALGEB (*)(Evaluator* ev, const std::string& name, Node* call);
-
 // Evaluated arguments, checked against an allowed count range.
 std::vector<ALGEB> Args(Evaluator* ev, const std::string& name, Node* call, size_t least,
                         size_t most) {
@@ -34,46 +32,13 @@ ALGEB Evalhf(Evaluator* ev, const std::string& name, Node* call) {
   return NewFloatFromDouble(vexa::Evalhf(a[0]));
 }
 
-// seq(e, i = a..b) and seq(e, i = list): e is evaluated once per value of i.
+// evalb(r): a relation, equation or logical expression decided as true, false or FAIL.
+ALGEB Evalb(Evaluator* ev, const std::string& name, Node* call) {
+  return EvalBoolean(Args(ev, name, call, 1, 1)[0]);
+}
+
 ALGEB Seq(Evaluator* ev, const std::string& name, Node* call) {
-  if (call->children.size() != 3)
-    RaiseIn(name, "seq expects 2 arguments, received " + std::to_string(call->children.size() - 1));
-  Node* body = call->children[1];
-  Node* spec = call->children[2];
-  if (spec->kind != NodeKind::kBinary || spec->text != "=" ||
-      spec->children[0]->kind != NodeKind::kName)
-    RaiseIn(name,
-            "seq expects its second argument to be of the form name = range or "
-            "name = list");
-  std::string var(spec->children[0]->text);
-  ALGEB over = ev->Evaluate(spec->children[1]);
-  std::vector<ALGEB> values;
-  if (IsNode(over) && TypeOf(over) == kRangeNode) {
-    ALGEB lo = Op(over, 1), hi = Op(over, 2);
-    if (!IsNumeric(lo) || !IsNumeric(hi))
-      RaiseIn(name, FormatMessage("range bounds must be numeric, received %1", over, nullptr));
-    for (ALGEB i = lo; Compare(i, hi) <= 0; i = Add(i, NewInteger(1))) values.push_back(i);
-  } else {
-    values = ContainerItems(over);
-  }
-  ALGEB saved = ev->SavedValue(var);
-  std::vector<ALGEB> out;
-  try {
-    for (ALGEB v : values) {
-      ev->AssignName(var, v);
-      ALGEB r = ev->Evaluate(body);
-      if (IsExpseq(r)) {
-        for (ALGEB x : Ops(r)) out.push_back(x);
-      } else {
-        out.push_back(r);
-      }
-    }
-  } catch (...) {
-    ev->RestoreName(var, saved);
-    throw;
-  }
-  ev->RestoreName(var, saved);
-  return NewExpseq(out);
+  return SeqValues(ev, name, call);
 }
 
 ALGEB Time(Evaluator* ev, const std::string& name, Node* call) {
@@ -192,6 +157,7 @@ ALGEB Elementary(Evaluator* ev, const std::string& name, Node* call) {
 const std::map<std::string, BuiltinFn>& Table() {
   static const std::map<std::string, BuiltinFn> table = {
       {"evalhf", Evalhf},      {"seq", Seq},
+      {"evalb", Evalb},
       {"time", Time},          {"nops", Nops},
       {"op", OpBuiltin},       {"lhs", Side},
       {"rhs", Side},           {"convert", Convert},
@@ -204,11 +170,55 @@ const std::map<std::string, BuiltinFn>& Table() {
 
 }  // namespace
 
+// seq(e, i = a..b) and seq(e, i = list): e is evaluated once per value of i.
+ALGEB SeqValues(Evaluator* ev, const std::string& name, Node* call) {
+  if (call->children.size() != 3)
+    RaiseIn(name,
+            name + " expects 2 arguments, received " + std::to_string(call->children.size() - 1));
+  Node* body = call->children[1];
+  Node* spec = call->children[2];
+  if (spec->kind != NodeKind::kBinary || spec->text != "=" ||
+      spec->children[0]->kind != NodeKind::kName)
+    RaiseIn(name, name +
+                      " expects its second argument to be of the form name = range or "
+                      "name = list");
+  std::string var(spec->children[0]->text);
+  ALGEB over = ev->Evaluate(spec->children[1]);
+  std::vector<ALGEB> values;
+  if (IsNode(over) && TypeOf(over) == kRangeNode) {
+    ALGEB lo = Op(over, 1), hi = Op(over, 2);
+    if (!IsNumeric(lo) || !IsNumeric(hi))
+      RaiseIn(name, FormatMessage("range bounds must be numeric, received %1", over, nullptr));
+    for (ALGEB i = lo; Compare(i, hi) <= 0; i = Add(i, NewInteger(1))) values.push_back(i);
+  } else {
+    values = ContainerItems(over);
+  }
+  ALGEB saved = ev->SavedValue(var);
+  std::vector<ALGEB> out;
+  try {
+    for (ALGEB v : values) {
+      ev->AssignName(var, v);
+      ALGEB r = ev->Evaluate(body);
+      if (IsExpseq(r)) {
+        for (ALGEB x : Ops(r)) out.push_back(x);
+      } else {
+        out.push_back(r);
+      }
+    }
+  } catch (...) {
+    ev->RestoreName(var, saved);
+    throw;
+  }
+  ev->RestoreName(var, saved);
+  return NewExpseq(out);
+}
+
 ALGEB Builtin(Evaluator* ev, const std::string& name, Node* call, bool* found) {
   *found = true;
   auto it = Table().find(name);
   if (it != Table().end()) return it->second(ev, name, call);
   if (kElementary.count(name)) return Elementary(ev, name, call);
+  if (BuiltinFn f = CollectionBuiltin(name)) return f(ev, name, call);
   *found = false;
   return nullptr;
 }

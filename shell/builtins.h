@@ -1,5 +1,5 @@
 // The shell's builtin functions: evalf, seq, time, randomize, Array, Vector, convert, nops,
-// op, lhs, rhs, the elementary functions, Float, error, print.
+// op, lhs, rhs, the elementary functions, Float, error, print, type, add, mul, min, max, sort.
 #ifndef VEXA_SHELL_BUILTINS_H
 #define VEXA_SHELL_BUILTINS_H
 
@@ -14,12 +14,20 @@ namespace vexa::shell {
 
 class Evaluator;
 
+using BuiltinFn = ALGEB (*)(Evaluator* ev, const std::string& name, Node* call);
+
 // Calls the builtin of that name; *found is false when there is none.
 ALGEB Builtin(Evaluator* ev, const std::string& name, Node* call, bool* found);
 
 // Array(...) and Vector(...): bounds (n or a..b per dimension), an initial list, and the
 // options datatype = ... and storage = rectangular | sparse.
 ALGEB MakeArray(Evaluator* ev, const std::string& name, Node* call);
+
+// seq(e, i = a..b) and seq(e, i = list) as a sequence; add and mul use it too.
+ALGEB SeqValues(Evaluator* ev, const std::string& name, Node* call);
+// type, add, mul, min, max, sort, cat, eval, table, printf, member and `if`; null for any
+// other name.
+BuiltinFn CollectionBuiltin(const std::string& name);
 
 // Elements of a list, set, sequence or one-dimensional rtable, for `for x in`.
 std::vector<ALGEB> ContainerItems(ALGEB container);

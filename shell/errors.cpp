@@ -59,7 +59,15 @@ ALGEB CallNamedEntry(const std::string& where, const std::function<ALGEB()>& f) 
 }
 
 ALGEB CallNamed(const std::string& name, ALGEB proc, ALGEB args) {
-  return CallNamedEntry(name, [&] { return CallProcedure(proc, args); });
+  void* body = IsProcedure(proc) ? ProcedureBody(proc) : nullptr;
+  if (body == nullptr || !static_cast<Node*>(body)->package)
+    return CallNamedEntry(name, [&] { return CallProcedure(proc, args); });
+  try {
+    return CallProcedure(proc, args);
+  } catch (HostError& e) {
+    e.where = name;
+    throw;
+  }
 }
 
 void SyntaxErrorInAssignment(const std::string& target) {

@@ -40,10 +40,10 @@ std::string PrintBody(void* body);
 
 const ProcedureHooks kHooks = {CallHook, PrintBody};
 
-const std::set<std::string> kProtected = {"Pi",        "infinity", "undefined", "true",    "false",
-                                          "FAIL",      "NULL",     "evalf",     "seq",     "time",
-                                          "randomize", "Array",    "Vector",    "convert", "nops",
-                                          "op",        "lhs",      "rhs",       "Float"};
+const std::set<std::string> kProtected = {
+    "Pi",    "infinity",  "undefined", "true",   "false",   "FAIL", "NULL", "evalf", "seq",
+    "time",  "randomize", "Array",     "Vector", "convert", "nops", "op",   "lhs",   "rhs",
+    "Float", "type",      "add",       "mul",    "min",     "max",  "sort"};
 
 // Values of a sequence are spliced into lists, sets and argument lists.
 void Splice(std::vector<ALGEB>* into, ALGEB v) {
@@ -130,6 +130,8 @@ std::string Unparse(Node* n) {
     case NodeKind::kFloat:
     case NodeKind::kName:
       return std::string(n->text);
+    case NodeKind::kQuoted:
+      return "'" + std::string(n->text) + "'";
     case NodeKind::kString:
       return "\"" + std::string(n->text) + "\"";
     case NodeKind::kIndex:
@@ -447,6 +449,8 @@ ALGEB Evaluator::Evaluate(Node* e) {
       return NewString(std::string(e->text));
     case NodeKind::kName:
       return EvaluateName(std::string(e->text));
+    case NodeKind::kQuoted:
+      return NameNode(std::string(e->text));
     case NodeKind::kIndex:
       return EvaluateIndex(e);
     case NodeKind::kCall:
@@ -524,28 +528,40 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
 
 ALGEB Evaluator::EvaluateCall(Node* e) {
   Node* head = e->children[0];
-  if (head->kind == NodeKind::kName) {
-    std::string name(head->text);
-    ALGEB head = NameNode(name);
-    ALGEB value = Lookup(head);
-    if (value == nullptr || !IsProcedure(value)) {
-      bool found = false;
-      ALGEB r = Builtin(this, name, e, &found);
-      if (found) return r;
-      if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
-        std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
-        r = CallLibrary(name, args, &found);
-        if (found) return r;
-      }
-    }
-    std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
-    if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
-    return NewFunction(head, args);
-  }
+  // 'f'(x) is the unevaluated call, whatever f stands for
+  if (head->kind == NodeKind::kQuoted)
+    return NewFunction(NameNode(std::string(head->text)), EvaluateArguments(e->children, 1));
+  if (head->kind == NodeKind::kName) return CallName(std::string(head->text), e);
   ALGEB f = Evaluate(head);
+  if (IsName(f)) return CallName(NameText(f), e);
   std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
   if (IsProcedure(f)) return CallProcedure(f, NewExpseq(args));
   return NewFunction(f, args);
+}
+
+// A procedure, a builtin or a library entry point called by name. A name whose value is
+// another name calls that one: after f := sin, f(1.) is sin(1.).
+ALGEB Evaluator::CallName(std::string name, Node* e) {
+  ALGEB head = NameNode(name);
+  ALGEB value = Lookup(head);
+  for (int hops = 0; value != nullptr && IsName(value) && value != head && hops < 100; ++hops) {
+    name = NameText(value);
+    head = NameNode(name);
+    value = Lookup(head);
+  }
+  if (value == nullptr || !IsProcedure(value)) {
+    bool found = false;
+    ALGEB r = Builtin(this, name, e, &found);
+    if (found) return r;
+    if (name.compare(0, 4, "Vexa") == 0 && value == nullptr) {
+      std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+      r = CallLibrary(name, args, &found);
+      if (found) return r;
+    }
+  }
+  std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+  if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
+  return NewFunction(head, args);
 }
 
 ALGEB Evaluator::CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found) {
@@ -574,6 +590,11 @@ ALGEB Evaluator::CallInterpreted(ALGEB proc, Node* body, ALGEB args) {
     std::string local(l);
     frame->names[local] = NewName(local, false);
   }
+  // args: every argument as a sequence, however many parameters; nargs: their count.
+  if (!frame->names.count("args"))
+    Assign(frame->names["args"] = NewName("args", false), NewExpseq(values));
+  if (!frame->names.count("nargs"))
+    Assign(frame->names["nargs"] = NewName("nargs", false), NewInteger(values.size()));
   struct Scope {
     std::vector<Frame*>* frames;
     int* depth;

@@ -2,6 +2,8 @@
 // chooses Digits, an entry point and its arguments from values at the edges: exact and float
 // numbers of every size, the special floats, symbols, lists, arrays of every data type and
 // storage, procedures that fail. Every input starts from the session state of the first.
+#include <cstdio>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -168,6 +170,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   size_t count = in.Next() % 7;
   for (size_t i = 0; i < count; ++i) text += (i ? ", " : "") + Argument(in);
   text += ");";
+  static const bool show = getenv("VEXA_FUZZ_SHOW") != nullptr;  // to turn a finding into a test
+  if (show) fprintf(stderr, "%s\n", text.c_str());
   vexa::shell::SyntaxError lexError;
   vexa::shell::Parser parser(vexa::shell::Tokenize(text, &lexError), true);
   std::ostringstream out, err;

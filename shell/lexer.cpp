@@ -98,6 +98,17 @@ std::vector<Token> Tokenize(const std::string& s, SyntaxError* error) {
         tokens.push_back(t);
         continue;
       }
+      if (c == '\'') {
+        size_t j = i + 1;
+        while (j < n && IsNameChar(s[j])) ++j;
+        if (j == i + 1 || !IsNameStart(s[i + 1]) || j >= n || s[j] != '\'')
+          throw SyntaxError{"a quote ' must enclose a name, as in 'Normal'", t.position, true};
+        t.kind = TokenKind::kQuoted;
+        t.text = s.substr(i + 1, j - i - 1);
+        advance(j + 1 - i);
+        tokens.push_back(t);
+        continue;
+      }
       if (c == '"' || c == '`') {
         char quote = c;
         std::string text;

@@ -11,7 +11,8 @@ namespace vexa::shell {
 
 // kError stands for a character that belongs to no token; its text is the message, so that
 // the parser reports it where it stands and goes on with the next statement.
-enum class TokenKind { kInteger, kFloat, kString, kName, kKeyword, kSymbol, kError, kEnd };
+// kQuoted: 'name', a name that evaluates to itself.
+enum class TokenKind { kInteger, kFloat, kString, kName, kQuoted, kKeyword, kSymbol, kError, kEnd };
 
 struct Token {
   TokenKind kind;

@@ -21,6 +21,8 @@ bool IsDirectory(const std::string& path) {
   return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
+}  // namespace
+
 std::string ExecutableDirectory(const char* argv0) {
   char buf[PATH_MAX];
   ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
@@ -28,8 +30,6 @@ std::string ExecutableDirectory(const char* argv0) {
   size_t slash = path.rfind('/');
   return slash == std::string::npos ? "." : path.substr(0, slash);
 }
-
-}  // namespace
 
 Library::Library(VexaKernelVector kv, const char* argv0) : kv_(kv) {
   std::string path;

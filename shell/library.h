@@ -11,6 +11,9 @@
 
 namespace vexa::shell {
 
+// The folder of the running executable (argv0's when /proc is not there).
+std::string ExecutableDirectory(const char* argv0);
+
 class Library {
  public:
   using EntryPoint = ALGEB (*)(VexaKernelVector, ALGEB);

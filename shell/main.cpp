@@ -28,7 +28,8 @@ const char kHelp[] =
     "       vexa --help | --version\n"
     "\n"
     "Statements end with ';' (print the value) or ':' (do not). name := expr assigns.\n"
-    "Digits sets the working precision (default 10). The statistics library\n"
+    "Digits sets the working precision (default 10); help() lists the statistics\n"
+    "commands and help(Quantile) or ?Quantile explains one. The statistics library\n"
     "(libstatsmp.so, beside the executable or at $VEXA_LIBRARY_PATH) is loaded at start;\n"
     "its entry points are called as VexaNormalDeviate(0.975, 0, 1) and so on.\n"
     "A script goes on after an error; the exit status is 1 if any statement failed,\n"
@@ -101,6 +102,13 @@ int Interactive(vexa::shell::Session& session) {
     std::free(line);
     if (buffer.empty() && (text == "quit" || text == "quit;" || text == "exit")) break;
     if (!text.empty()) add_history(text.c_str());
+    // ?Quantile is help(Quantile)
+    size_t first = text.find_first_not_of(" \t");
+    if (buffer.empty() && first != std::string::npos && text[first] == '?') {
+      std::string topic = text.substr(first + 1);
+      topic.erase(topic.find_last_not_of(" \t;") + 1);
+      text = topic.empty() ? "help();" : "help(" + topic + ");";
+    }
     buffer += text + "\n";
     if (!session.IsComplete(buffer)) continue;
     vexa::gInterruptRequest = 0;  // a Ctrl-C at the prompt is not for this statement

@@ -432,6 +432,8 @@ Node* Parser::Primary() {
       return Make(NodeKind::kString, Next(), t.text);
     case TokenKind::kName:
       return Make(NodeKind::kName, Next(), t.text);
+    case TokenKind::kQuoted:
+      return Make(NodeKind::kQuoted, Next(), t.text);
     default:
       break;
   }

@@ -1,6 +1,10 @@
 // The statement loop: tokenize, parse one statement, run it, report, go on.
 #include "shell/session.h"
 
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -40,6 +44,48 @@ Session::Session(const char* argv0) {
   evaluator_ = std::make_unique<Evaluator>();
   library_ = std::make_unique<Library>(evaluator_->Kernel(), argv0);
   evaluator_->SetLibrary(library_.get());
+  LoadPackage(argv0);
+}
+
+// The Statistics package: $VEXA_PACKAGE_PATH (a file, a folder holding Statistics.vx, or empty
+// for none), else lib/Statistics.vx beside the executable. Its procedures are marked, so that
+// an error inside one names the command the user typed. A package that is not there is not an
+// error; a fault inside one is reported and the session goes on.
+void Session::LoadPackage(const char* argv0) {
+  const char* env = std::getenv("VEXA_PACKAGE_PATH");
+  std::string path = env != nullptr ? env : ExecutableDirectory(argv0) + "/lib";
+  if (path.empty()) return;
+  struct stat info;
+  if (stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) path += "/Statistics.vx";
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    if (env != nullptr) std::cerr << "vexa: cannot read the package " << path << "\n";
+    return;
+  }
+  std::stringstream buffer;
+  buffer << in.rdbuf();
+  const std::string text = buffer.str();
+  SyntaxError lexError;
+  Parser parser(Tokenize(text, &lexError), lexError.message.empty());
+  std::ostringstream quiet;
+  try {
+    while (!parser.AtEnd()) {
+      Node* statement = parser.ParseStatement();
+      std::vector<Node*> pending{statement};
+      while (!pending.empty()) {
+        Node* n = pending.back();
+        pending.pop_back();
+        if (n == nullptr) continue;
+        if (n->kind == NodeKind::kProcedure) n->package = true;
+        pending.insert(pending.end(), n->children.begin(), n->children.end());
+      }
+      if (!evaluator_->Execute(statement, quiet, std::cerr))
+        std::cerr << "vexa: in the package " << path << "\n";
+    }
+  } catch (const SyntaxError& e) {
+    std::cerr << "vexa: in the package " << path << ":\n";
+    ReportSyntax(e, text);
+  }
 }
 
 Session::~Session() {

@@ -30,6 +30,8 @@ class Session {
   void SetInteractive(bool interactive) { interactive_ = interactive; }
 
  private:
+  void LoadPackage(const char* argv0);
+
   std::unique_ptr<Library> library_;
   std::unique_ptr<Evaluator> evaluator_;
   bool interactive_ = false;

@@ -131,6 +131,42 @@ typedef int (*STATS_Comparator_MP)(const char*, const char*);
 // The comparator for an rtable data type; null for the complex types and unknown codes.
 STATS_Comparator_MP STATS_NumericComparator_MP(int datatype);
 
+// ---- Arranging host arrays ----
+
+// Fisher-Yates shuffle of n raw elements of the given width, in place, with indices from the
+// host stream by the minimal-bits rule; scratch holds one element.
+void STATS_Shuffle_MP(char* block, int n, int width, char* scratch);
+// Data sharpening (Choi and Hall, 1999): out[i] is one Gaussian mean-shift step from
+// data[i], sum w_j x_j K((x_i - x_j) / h) / sum w_j K(...), K(u) = exp(-u^2 / 2); weights may
+// be null. Undefined points (or weights) take no part and stay undefined; h = 0 leaves the
+// data as they are. O(n^2) kernel evaluations.
+void STATS_Sharpen_MP(VexaFloat* out, const VexaFloat* data, const VexaFloat* weights, int n,
+                      VexaFloat h);
+// Silverman's rule 0.9 min(s, IQR / 1.34) n^(-1/5) over the defined data (the larger of the
+// two spreads when the smaller is 0; 0 for fewer than two data).
+VexaFloat STATS_SilvermanBandwidth_MP(const VexaFloat* data, const VexaFloat* weights, int n);
+
+extern "C" {
+// (A, ignore, descending): a sorted copy, stable, missing values last (first descending).
+ALGEB STATS_VexaSort_MP(VexaKernelVector kv, ALGEB args);
+// (A, ignore): the positions 1 .. n of A's elements in sorted order, integer[4].
+ALGEB STATS_VexaOrderByRank_MP(VexaKernelVector kv, ALGEB args);
+// (A, ignore, ties): ranks; ties 1 average (float[8]), 2 minimum, 3 maximum, 4 first
+// (integer[4]). Missing values rank after the others in their order.
+ALGEB STATS_VexaRank_MP(VexaKernelVector kv, ALGEB args);
+// (A): a uniform random permutation of A.
+ALGEB STATS_VexaShuffle_MP(VexaKernelVector kv, ALGEB args);
+// (A, weights, bandwidth): A sharpened; bandwidth 0 takes Silverman's rule.
+ALGEB STATS_VexaSharpen_MP(VexaKernelVector kv, ALGEB args);
+// (A, predicate): the elements for which the predicate is true / not true, in order.
+ALGEB STATS_VexaSelect_MP(VexaKernelVector kv, ALGEB args);
+ALGEB STATS_VexaRemove_MP(VexaKernelVector kv, ALGEB args);
+// (A, lower percentile, upper percentile, ignore): the elements inside the trimmed mean's
+// cut points, in order; or every element with those outside clamped to the cut values.
+ALGEB STATS_VexaTrim_MP(VexaKernelVector kv, ALGEB args);
+ALGEB STATS_VexaWinsorize_MP(VexaKernelVector kv, ALGEB args);
+}
+
 // ---- Tallies and counts ----
 
 // Bins: S ranges of K bins each; range j has the ascending boundaries bounds[j (K + 1) ..

@@ -1,7 +1,9 @@
 // Host rtables as VexaFloat vectors and samples: a rectangular sfloat rtable is read in place,
 // every other one converted element by element into a new sfloat rtable; and the copy
 // functions that drop missing values.
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "data/data.h"
 #include "frame/frame.h"
@@ -124,11 +126,16 @@ void STATS_Vector_MP::ConvertData(VexaKernelVector kv, STATS_Vector_MP* self) {
     }
     return;
   }
+  // Walks dimension 1; a source of more dimensions is read along its first column, as the
+  // rectangular walk of a column-major block does.
+  std::vector<M_INT> index(std::max(s.num_dimensions, 1));
+  for (int d = 1; d < s.num_dimensions; ++d)
+    index[d] = RTableLowerBound(kv, self->m_source, d + 1);
   for (M_INT i = lower; i < lower + n; ++i) {
-    M_INT index[1] = {i};
+    index[0] = i;
     const M_INT slot = slotIsIndex ? i : i - lower;
     if (slot < 0) continue;  // below the working array
-    out[slot] = SampleEntry(kv, RTableSelect(kv, self->m_source, index), s.data_type);
+    out[slot] = SampleEntry(kv, RTableSelect(kv, self->m_source, index.data()), s.data_type);
   }
 }
 

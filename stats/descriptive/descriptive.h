@@ -85,6 +85,14 @@ VexaFloat STATS_WeightedWinsorizedMean_MP(VexaKernelVector kv, VexaFloat* data, 
                                           int n, VexaFloat lower, VexaFloat upper,
                                           STATS_MEAN_TYPE_MP type);
 
+// The retained block lo .. top - 1 (0-based order statistics) of the simple trim above.
+void STATS_TrimBlock_MP(int n, VexaFloat lower, VexaFloat upper, int* lo, int* top);
+class STATS_VexaEntry_MP;
+// Arguments 2 and 3 of a trimming entry point, percentiles 0 <= lower <= upper <= 100 (else
+// the trimmed mean's messages), as fractions of 1.
+void STATS_PercentileFractions_MP(const STATS_VexaEntry_MP& entry, VexaFloat* lower,
+                                  VexaFloat* upper);
+
 // m raw moments sum (x - origin)^orders[j] / n (weighted: sum w (x - origin)^k / sum w).
 void STATS_Moment_MP(VexaFloat* out, VexaFloat* data, VexaFloat* weights, int n, int* orders, int m,
                      VexaFloat origin);

@@ -74,25 +74,13 @@ using TrimWorker = VexaFloat (*)(VexaKernelVector, VexaFloat*, VexaFloat*, int, 
 // (data, lower percentile, upper percentile, weights, ignore, mean type), always on a copy.
 ALGEB TrimmedEntry(VexaKernelVector kv, ALGEB args, const char* name, TrimWorker worker) {
   STATS_VexaEntry_MP entry(kv, args, name, 6, STATS_VexaEntry_MP::ShortArityMessage(6));
-  const VexaFloat lower = Percentile(entry, 2,
-                                     "expected second argument (lower percentile) to be a "
-                                     "numeric constant between 0 and 100, received: %1");
-  const VexaFloat upper = Percentile(entry, 3,
-                                     "expected third argument (upper percentile) to be a "
-                                     "numeric constant between 0 and 100, received: %1");
-  if (lower > upper)
-    VexaRaiseError2(kv,
-                    "the value of lower percentile is expected to be smaller than the value of "
-                    "upper percentile, received: %1, %2",
-                    entry.Arg(2), entry.Arg(3));
+  VexaFloat lower, upper;
+  STATS_PercentileFractions_MP(entry, &lower, &upper);
   STATS_VexaDataSample_MP sample(kv, entry.Arg(1), entry.Arg(4));
   const bool ignore = Flag(entry, 5);
   const auto type = static_cast<STATS_MEAN_TYPE_MP>(entry.Integer(6));
   const Prepared data = Prepare(kv, sample, ignore, false);
-  // Fractions through the double nearest 0.01, not an exact hundredth.
-  const VexaFloat hundredth(0.01);
-  return entry.Result(
-      worker(kv, data.points, data.weights, data.n, lower * hundredth, upper * hundredth, type));
+  return entry.Result(worker(kv, data.points, data.weights, data.n, lower, upper, type));
 }
 
 bool IsProbability(const VexaFloat& p) {
@@ -125,6 +113,25 @@ std::vector<ALGEB> Entries(VexaKernelVector kv, ALGEB spec) {
 }
 
 }  // namespace
+
+void STATS_PercentileFractions_MP(const STATS_VexaEntry_MP& entry, VexaFloat* lower,
+                                  VexaFloat* upper) {
+  *lower = Percentile(entry, 2,
+                      "expected second argument (lower percentile) to be a numeric constant "
+                      "between 0 and 100, received: %1");
+  *upper = Percentile(entry, 3,
+                      "expected third argument (upper percentile) to be a numeric constant "
+                      "between 0 and 100, received: %1");
+  if (*lower > *upper)
+    VexaRaiseError2(entry.Kernel(),
+                    "the value of lower percentile is expected to be smaller than the value of "
+                    "upper percentile, received: %1, %2",
+                    entry.Arg(2), entry.Arg(3));
+  // Fractions through the double nearest 0.01, not an exact hundredth.
+  const VexaFloat hundredth(0.01);
+  *lower = *lower * hundredth;
+  *upper = *upper * hundredth;
+}
 
 extern "C" ALGEB STATS_VexaQuantile_MP(VexaKernelVector kv, ALGEB args) {
   STATS_VexaEntry_MP entry(kv, args, "VexaQuantile", 6, STATS_VexaEntry_MP::ShortArityMessage(6));

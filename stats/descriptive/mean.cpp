@@ -20,11 +20,16 @@ int CutPoint(int n, const VexaFloat& fraction) {
   return std::min(std::max(k, 0), n);
 }
 
+// The end of the retained block: one fewer at the top unless the cuts are symmetric.
+int BlockTop(int n, int lo, int hi) {
+  return lo + hi == n ? hi : hi - 1;
+}
+
 // The retained block of a simple trim: order statistics lo .. top - 1, one fewer at the top
 // unless the two cuts are symmetric (lo + hi = n). Afterwards data[lo .. top - 1] hold them,
 // data[lo] is the smallest and data[top - 1] the largest of the block. Returns top.
 int SelectBlock(VexaFloat* data, int n, int lo, int hi) {
-  const int top = lo + hi == n ? hi : hi - 1;
+  const int top = BlockTop(n, lo, hi);
   if (top <= lo) return top;
   STATS_QuickSelect_MP(data, n, lo);
   if (top - 1 > lo) STATS_QuickSelect_MP(data + lo, n - lo, top - 1 - lo);
@@ -63,6 +68,11 @@ int DropWeightless(VexaFloat* data, VexaFloat* weights, int n) {
 }
 
 }  // namespace
+
+void STATS_TrimBlock_MP(int n, VexaFloat lower, VexaFloat upper, int* lo, int* top) {
+  *lo = CutPoint(n, lower);
+  *top = BlockTop(n, *lo, CutPoint(n, upper));
+}
 
 VexaFloat STATS_SimpleMean_MP(VexaKernelVector, VexaFloat* data, int n, STATS_MEAN_TYPE_MP type) {
   VexaFloat sum;

@@ -63,6 +63,32 @@ VexaFloat STATS_GammaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, V
 VexaFloat STATS_BetaProbability_MP(VexaKernelVector kv, VexaFloat x, VexaFloat a, VexaFloat b);
 VexaFloat STATS_BetaDeviate_MP(VexaKernelVector kv, VexaFloat p, VexaFloat a, VexaFloat b);
 
+// ---- Variates of the families above and of those with variates only; exact at any Digits.
+// Invalid parameters raise a host error before any draw. ----
+VexaFloat STATS_GammaRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_GammaRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_ChiSquareRandomVariate_MP(VexaKernelVector kv, VexaFloat nu);
+VexaFloat STATS_ChiSquareRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_BetaRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_BetaRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_FRatioRandomVariate_MP(VexaKernelVector kv, VexaFloat nu1, VexaFloat nu2);
+VexaFloat STATS_FRatioRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+VexaFloat STATS_StudentTRandomVariate_MP(VexaKernelVector kv, VexaFloat nu);
+VexaFloat STATS_StudentTRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Error distribution: location a, scale b, shape c.
+VexaFloat STATS_ErrorRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b, VexaFloat c);
+VexaFloat STATS_ErrorRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Inverse Gaussian: mean mu, shape lambda.
+VexaFloat STATS_InverseGaussianRandomVariate_MP(VexaKernelVector kv, VexaFloat mu,
+                                                VexaFloat lambda);
+VexaFloat STATS_InverseGaussianRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Maxwell: scale a.
+VexaFloat STATS_MaxwellRandomVariate_MP(VexaKernelVector kv, VexaFloat a);
+VexaFloat STATS_MaxwellRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+// Moyal: location a, scale b.
+VexaFloat STATS_MoyalRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b);
+VexaFloat STATS_MoyalRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters);
+
 // ---- Error distribution: location a, scale b, shape c (c = 1 is the normal law) ----
 // The x at which the distribution function F (density f) reaches p, both given as functions.
 VexaFloat STATS_ErrorDeviate_MP(VexaKernelVector kv, VexaFloat p, STATS_VexaCallbackAdapter_MP& F,

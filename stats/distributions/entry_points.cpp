@@ -202,7 +202,8 @@ using Counts3 = VexaFloat (*)(VexaKernelVector, long, long, long);
 // Distribution, counts of Probability, Deviate, RandomVariate, RandomSample, then workers.
 DIST4(Bernoulli, 2, 2, 1, 2, W(STATS_BernoulliProbability_MP), W(STATS_BernoulliDeviate_MP),
       AS(Variate1, STATS_BernoulliRandomVariate_MP))
-DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP), MISSING)
+DIST4(Beta, 3, 3, 2, 3, W(STATS_BetaProbability_MP), W(STATS_BetaDeviate_MP),
+      AS(Variate2, STATS_BetaRandomVariate_MP))
 ENTRY(Binomial, Probability, 3, W(STATS_BinomialProbability_MP))
 ENTRY(Binomial, Deviate, 3, W(STATS_BinomialDeviate_MP))
 ENTRY(Binomial, RandomVariate, 2, AS(CountVariate1, STATS_BinomialRandomVariate_MP))
@@ -210,13 +211,15 @@ STATS_OWN_ENTRY(Binomial, RandomSample, 3, STATS_BinomialRandomSampleEntry_MP)
 DIST4(Cauchy, 3, 3, 2, 3, W(STATS_CauchyProbability_MP), W(STATS_CauchyDeviate_MP),
       AS(Variate2, STATS_CauchyRandomVariate_MP))
 DIST4(ChiSquare, 2, 2, 1, 2, W(STATS_ChiSquareProbability_MP), W(STATS_ChiSquareDeviate_MP),
-      MISSING)
+      AS(Variate1, STATS_ChiSquareRandomVariate_MP))
 DIST4(DiscreteUniform, 3, 3, 2, 3, W(STATS_DiscreteUniformProbability_MP),
       W(STATS_DiscreteUniformDeviate_MP), AS(Counts2, STATS_DiscreteUniformRandomVariate_MP))
 DIST4(Exponential, 2, 2, 1, 2, W(STATS_ExponentialProbability_MP), W(STATS_ExponentialDeviate_MP),
       AS(Variate1, STATS_ExponentialRandomVariate_MP))
-DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP), MISSING)
-DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP), MISSING)
+DIST4(FRatio, 3, 3, 2, 3, W(STATS_FRatioProbability_MP), W(STATS_FRatioDeviate_MP),
+      AS(Variate2, STATS_FRatioRandomVariate_MP))
+DIST4(Gamma, 3, 3, 2, 3, W(STATS_GammaProbability_MP), W(STATS_GammaDeviate_MP),
+      AS(Variate2, STATS_GammaRandomVariate_MP))
 DIST4(Geometric, 2, 2, 1, 2, W(STATS_GeometricProbability_MP), W(STATS_GeometricDeviate_MP),
       AS(Variate1, STATS_GeometricRandomVariate_MP))
 DIST4(Gumbel, 3, 3, 2, 3, W(STATS_GumbelProbability_MP), W(STATS_GumbelDeviate_MP),
@@ -241,7 +244,8 @@ DIST4(Power, 3, 3, 2, 3, W(STATS_PowerProbability_MP), W(STATS_PowerDeviate_MP),
       AS(Variate2, STATS_PowerRandomVariate_MP))
 DIST4(Rayleigh, 2, 2, 1, 2, W(STATS_RayleighProbability_MP), W(STATS_RayleighDeviate_MP),
       AS(Variate1, STATS_RayleighRandomVariate_MP))
-DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP), MISSING)
+DIST4(StudentT, 2, 2, 1, 2, W(STATS_StudentTProbability_MP), W(STATS_StudentTDeviate_MP),
+      AS(Variate1, STATS_StudentTRandomVariate_MP))
 DIST4(Triangular, 4, 4, 3, 4, W(STATS_TriangularProbability_MP), W(STATS_TriangularDeviate_MP),
       AS(Variate3, STATS_TriangularRandomVariate_MP))
 DIST4(Weibull, 3, 3, 2, 3, W(STATS_WeibullProbability_MP), W(STATS_WeibullDeviate_MP),
@@ -253,22 +257,22 @@ STATS_OWN_ENTRY(Empirical, RandomVariate, 3, STATS_EmpiricalRandomVariateEntry_M
 STATS_OWN_ENTRY(Empirical, RandomSample, 4, STATS_EmpiricalRandomSampleEntry_MP)
 
 STATS_OWN_ENTRY(Error, Deviate, 6, ErrorDeviate)
-STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1", MISSING,
-            Form::kFloats, nullptr)
-STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1", MISSING, Form::kFloats,
-            nullptr)
+STATS_ENTRY(Error, RandomVariate, 3, 0, "expected 3 arguments, received: %1",
+            AS(Variate3, STATS_ErrorRandomVariate_MP), Form::kFloats, nullptr)
+STATS_ENTRY(Error, RandomSample, 4, 0, "expected 4 arguments, received: %1",
+            AS(Variate3, STATS_ErrorRandomVariate_MP), Form::kFloats, nullptr)
 
 STATS_ENTRY(InverseGaussian, RandomVariate, 2, 0,
-            "VexaInverseGaussianRandomVariate expects 2 argument, received: %1", MISSING,
-            Form::kFloats, nullptr)
-ENTRY(InverseGaussian, RandomSample, 3, MISSING)
+            "VexaInverseGaussianRandomVariate expects 2 argument, received: %1",
+            AS(Variate2, STATS_InverseGaussianRandomVariate_MP), Form::kFloats, nullptr)
+ENTRY(InverseGaussian, RandomSample, 3, AS(Variate2, STATS_InverseGaussianRandomVariate_MP))
 
-ENTRY(Maxwell, RandomVariate, 1, MISSING)
-ENTRY(Maxwell, RandomSample, 2, MISSING)
+ENTRY(Maxwell, RandomVariate, 1, AS(Variate1, STATS_MaxwellRandomVariate_MP))
+ENTRY(Maxwell, RandomSample, 2, AS(Variate1, STATS_MaxwellRandomVariate_MP))
 
 STATS_ENTRY(Moyal, RandomVariate, 2, 0, "VexaMoyalRandomVariate expects 2 argument, received: %1",
-            MISSING, Form::kFloats, nullptr)
-ENTRY(Moyal, RandomSample, 3, MISSING)
+            AS(Variate2, STATS_MoyalRandomVariate_MP), Form::kFloats, nullptr)
+ENTRY(Moyal, RandomSample, 3, AS(Variate2, STATS_MoyalRandomVariate_MP))
 
 ENTRY(NonCentralChiSquare, Probability, 3, MISSING)
 ENTRY(NonCentralChiSquare, Deviate, 3, MISSING)

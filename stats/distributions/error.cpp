@@ -2,11 +2,14 @@
 // density proportional to exp(-|x - a|^(2/c) / (2 b^(2/c))), the normal law at c = 1 and
 // Laplace's at c = 2. Its deviate inverts a distribution function F with density f given by
 // the caller: a bracket is searched from two points near a tail estimate of the quantile,
-// then the safe Newton-Raphson method solves F(x) = p on it.
+// then the safe Newton-Raphson method solves F(x) = p on it. Variates: |x - a| / b is
+// (2 G)^(c/2) for G gamma of shape c/2, with a random sign.
 #include <cmath>
 #include <cstdlib>
 
 #include "distributions/distributions.h"
+#include "random/random_stream.h"
+#include "random/variates.h"
 #include "rootfinding/rootfinding.h"
 
 namespace {
@@ -61,4 +64,20 @@ VexaFloat STATS_ErrorDeviate_MP(VexaKernelVector kv, VexaFloat p, STATS_VexaCall
   // error left is about the square of that step.
   const VexaFloat tol = pow(VexaFloat(10), VexaFloat(2 - VexaDigits()));
   return STATS_NewtonRaphsonHybridUnbound_MP(kv, p, F, f, 0, 1, inner, outer, tol, kIterations);
+}
+
+VexaFloat STATS_ErrorRandomVariate_MP(VexaKernelVector kv, VexaFloat a, VexaFloat b, VexaFloat c) {
+  STATS_RequireParameter_MP(kv, STATS_IsFinite_MP(a), "the location must be finite, received: %1",
+                            a);
+  STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(b),
+                            "the scale must be positive and finite, received: %1", b);
+  STATS_RequireParameter_MP(kv, STATS_IsPositiveFinite_MP(c),
+                            "the shape must be positive and finite, received: %1", c);
+  const VexaFloat s = c / 2;
+  const VexaFloat z = b * pow(2 * STATS_StandardGammaVariate_MP(s), s);
+  return (STATS_VexaRandomStream_MP::NextInteger() & 1) ? a - z : a + z;
+}
+
+VexaFloat STATS_ErrorRandomVariate_MP(VexaKernelVector kv, const VexaFloat* parameters) {
+  return STATS_ErrorRandomVariate_MP(kv, parameters[0], parameters[1], parameters[2]);
 }

@@ -11,7 +11,7 @@ VexaFloat STATS_GeometricProbability_MP(VexaKernelVector, VexaFloat x, VexaFloat
 
 long STATS_GeometricDeviate_MP(VexaKernelVector, VexaFloat p, VexaFloat q) {
   if (p == 0.0) return 0;
-  return STATS_DoubleToInteger_MP(ceil(log(1 - p) / log(1 - q))) - 1;
+  return static_cast<long>(STATS_DoubleToInteger_MP(ceil(log(1 - p) / log(1 - q)))) - 1;
 }
 
 VexaFloat STATS_GeometricRandomVariate_MP(VexaKernelVector kv, VexaFloat q) {

@@ -115,7 +115,9 @@ TEST(DiscreteDistributions, DeviatesInvertProbabilities) {
         const long d = Deviate(r.law, p, r.params);
         SCOPED_TRACE(Name(r.law, r.params) + " p " + text + " d " + std::to_string(d));
         // Below the support the library-backed laws refuse the point.
-        if (d > r.lowest) EXPECT_LT(Probability(r.law, VexaFloat(d - 1), r.params), p);
+        if (d > r.lowest) {
+          EXPECT_LT(Probability(r.law, VexaFloat(d - 1), r.params), p);
+        }
         EXPECT_GE(Probability(r.law, VexaFloat(d), r.params), p);
       }
     }

@@ -111,11 +111,12 @@ TEST(DistributionEntryPoints, ExistWithTheirCountsAndMessages) {
 }
 
 TEST(DistributionEntryPoints, OperationsOfLaterBuildsSaySoAfterCheckingArguments) {
-  EntryPoint gamma = Find("VexaGammaRandomVariate");
-  EXPECT_EQ(ErrorOf([&] { gamma(Kv(), Ones(2)); }),
-            "VexaGammaRandomVariate is not available in this build");
-  ALGEB symbolic = vexa::NewExpseq({vexa::NewName("q_unassigned"), vexa::NewInteger(1)});
-  EXPECT_EQ(ErrorOf([&] { gamma(Kv(), symbolic); }),
+  EntryPoint later = Find("VexaNonCentralChiSquareRandomVariate");
+  EXPECT_EQ(ErrorOf([&] { later(Kv(), Ones(3)); }),
+            "VexaNonCentralChiSquareRandomVariate is not available in this build");
+  ALGEB symbolic =
+      vexa::NewExpseq({vexa::NewName("q_unassigned"), vexa::NewInteger(1), vexa::NewInteger(1)});
+  EXPECT_EQ(ErrorOf([&] { later(Kv(), symbolic); }),
             "unable to evaluate q_unassigned to floating-point");
 }
 

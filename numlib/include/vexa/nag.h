@@ -6,6 +6,8 @@
 #ifndef VEXA_NAG_H
 #define VEXA_NAG_H
 
+#include <stddef.h>
+
 #include "vexa/float.h"
 
 enum Nag_TailProbability {
@@ -99,5 +101,18 @@ void VexaMP_g01blc(long n, long l, long m, long k, VexaFloat* plek, VexaFloat* p
 // mean of the two neighbours. Results are rounded once to Digits. n < 5 fails with code
 // NE_INT_ARG_LT, an undefined x[i] with NE_REAL_ARG; res is then all 0.
 void VexaMP_g01alc(long n, const VexaFloat x[], VexaFloat res[], NagError* fail);
+
+// ---- Sorting and ranking (stable: equal elements keep their order). ----
+enum Nag_SortOrder { Nag_Ascending = 1, Nag_Descending = 2 };
+// Sorts vec[0..n-1] in place; undefined values go last ascending, first descending. A bad
+// order fails with NE_BAD_PARAM and leaves vec as it was.
+void VexaMP_m01cac(VexaFloat vec[], size_t n, Nag_SortOrder order, NagError* fail);
+// ranks[i] (0-based) is the place of element i, the element at vec + i * stride (bytes), in
+// the order that compare gives (-1 before, 0 equal, 1 after; only -1 separates two
+// elements). stride = 0 fails with NE_INT_ARG_CONS, a null compare or a bad order with
+// NE_BAD_PARAM. Errors raised by compare propagate.
+void VexaMP_m01dsc(const void* vec, size_t n, ptrdiff_t stride,
+                   int (*compare)(const char* a, const char* b), Nag_SortOrder order,
+                   size_t ranks[], NagError* fail);
 
 #endif
