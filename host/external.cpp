@@ -331,6 +331,10 @@ void VexaRandomSeed(VexaKernelVector, uint64_t seed) {
   SeedRandom(seed);
 }
 
+void VexaCheckInterrupt(VexaKernelVector) {
+  CheckInterrupt();
+}
+
 void VexaUserInfo(VexaKernelVector kv, int level, const char* name, const char* text) {
   if (name == nullptr || text == nullptr) Raise("VexaUserInfo needs a name and a text");
   ALGEB table = Lookup(kv->infolevel);

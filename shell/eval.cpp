@@ -526,28 +526,33 @@ ALGEB Evaluator::EvaluateBinary(Node* e) {
   return Arithmetic(op, a, b);
 }
 
+// A procedure, a builtin or a library entry point called by name, or a procedure value. A
+// name whose value is another name calls that one: after f := sin, f(1.) is sin(1.). (One
+// function, so that a call costs one frame of the C++ stack.)
 ALGEB Evaluator::EvaluateCall(Node* e) {
   Node* head = e->children[0];
   // 'f'(x) is the unevaluated call, whatever f stands for
   if (head->kind == NodeKind::kQuoted)
     return NewFunction(NameNode(std::string(head->text)), EvaluateArguments(e->children, 1));
-  if (head->kind == NodeKind::kName) return CallName(std::string(head->text), e);
-  ALGEB f = Evaluate(head);
-  if (IsName(f)) return CallName(NameText(f), e);
-  std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
-  if (IsProcedure(f)) return CallProcedure(f, NewExpseq(args));
-  return NewFunction(f, args);
-}
-
-// A procedure, a builtin or a library entry point called by name. A name whose value is
-// another name calls that one: after f := sin, f(1.) is sin(1.).
-ALGEB Evaluator::CallName(std::string name, Node* e) {
-  ALGEB head = NameNode(name);
-  ALGEB value = Lookup(head);
-  for (int hops = 0; value != nullptr && IsName(value) && value != head && hops < 100; ++hops) {
+  std::string name;
+  if (head->kind == NodeKind::kName) {
+    name = std::string(head->text);
+  } else {
+    ALGEB f = Evaluate(head);
+    if (!IsName(f)) {
+      std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
+      if (IsProcedure(f)) return CallProcedure(f, NewExpseq(args));
+      return NewFunction(f, args);
+    }
+    name = NameText(f);
+  }
+  ALGEB nameNode = NameNode(name);
+  ALGEB value = Lookup(nameNode);
+  for (int hops = 0; value != nullptr && IsName(value) && value != nameNode && hops < 100;
+       ++hops) {
     name = NameText(value);
-    head = NameNode(name);
-    value = Lookup(head);
+    nameNode = NameNode(name);
+    value = Lookup(nameNode);
   }
   if (value == nullptr || !IsProcedure(value)) {
     bool found = false;
@@ -561,7 +566,7 @@ ALGEB Evaluator::CallName(std::string name, Node* e) {
   }
   std::vector<ALGEB> args = EvaluateArguments(e->children, 1);
   if (value != nullptr && IsProcedure(value)) return CallNamed(name, value, NewExpseq(args));
-  return NewFunction(head, args);
+  return NewFunction(nameNode, args);
 }
 
 ALGEB Evaluator::CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found) {

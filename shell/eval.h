@@ -53,7 +53,6 @@ class Evaluator {
   bool RunLoopBody(Node* block, bool echo, ALGEB* result);
   ALGEB EvaluateIndex(Node* e);
   ALGEB EvaluateCall(Node* e);
-  ALGEB CallName(std::string name, Node* e);
   ALGEB EvaluateBinary(Node* e);
   ALGEB CallLibrary(const std::string& name, const std::vector<ALGEB>& args, bool* found);
   void AssignTo(Node* target, ALGEB value);

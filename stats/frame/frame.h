@@ -212,4 +212,24 @@ class STATS_VexaRaisedDigits_MP {
   ALGEB m_previous;
 };
 
+// Reports long work through the info channel: once the work has run for interval seconds,
+// and every interval seconds after that, "<task>: <done> of <total> <unit>" at level 1 under
+// the name "Statistics" (shown when infolevel[Statistics] >= 1). Update also lets a Ctrl-C
+// end the work; it reads the clock, so tight loops call it every few thousand steps.
+class STATS_Progress_MP {
+ public:
+  STATS_Progress_MP(VexaKernelVector kv, const char* task, long long total, const char* unit,
+                    double interval = 2.0);
+  void Update(long long done);
+
+ private:
+  VexaKernelVector m_kv;
+  const char* m_task;
+  const char* m_unit;
+  long long m_total;
+  double m_interval;
+  double m_start;       // seconds on a steady clock
+  double m_nextReport;  // seconds since m_start
+};
+
 #endif

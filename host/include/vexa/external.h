@@ -181,6 +181,9 @@ void VexaRandomSeed(VexaKernelVector kv, uint64_t seed);
 
 // Prints "name: text" when infolevel[name] or infolevel[all] is at least level.
 void VexaUserInfo(VexaKernelVector kv, int level, const char* name, const char* text);
+// Ends the running call as an interrupted statement when the user has asked to stop (Ctrl-C);
+// long loops that make no host values call it now and then.
+void VexaCheckInterrupt(VexaKernelVector kv);
 
 }  // extern "C"
 

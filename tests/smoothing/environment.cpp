@@ -1,0 +1,3 @@
+#include "frame/support.h"
+
+static auto* const kLibrary = ::testing::AddGlobalTestEnvironment(new LibraryEnvironment);
