@@ -334,6 +334,73 @@ mp_size_t ScaleByPow10(mp_limb_t* dst, const mp_limb_t* src, mp_size_t n, int64_
   return Normalized(dst, len + w + 1);
 }
 
+// 5^k for 27 < k <= 55 shifted to two limbs with the top bit set, and its reciprocal
+// floor((2^192 - 1) / d) - 2^64 for the 3/2 division step (Möller and Granlund, 2011,
+// Algorithm 5), made once.
+struct Pow5Reciprocal {
+  mp_limb_t d1, d0;
+  unsigned shift;
+  mp_limb_t v;
+};
+const Pow5Reciprocal& Pow5TwoLimbReciprocal(int64_t k) {
+  static const std::array<Pow5Reciprocal, 56> table = [] {
+    std::array<Pow5Reciprocal, 56> t{};
+    mpz_t d, q, top;
+    mpz_init(d);
+    mpz_init(q);
+    mpz_init(top);
+    mpz_ui_pow_ui(top, 2, 192);
+    mpz_sub_ui(top, top, 1);
+    for (int i = 28; i <= 55; ++i) {
+      mpz_ui_pow_ui(d, 5, static_cast<unsigned long>(i));
+      unsigned shift = static_cast<unsigned>(128 - mpz_sizeinbase(d, 2));
+      mpz_mul_2exp(d, d, shift);
+      mpz_tdiv_q(q, top, d);  // in [2^64, 2^65): d is no power of two
+      mpz_clrbit(q, 64);
+      t[static_cast<size_t>(i)] = {mpz_getlimbn(d, 1), mpz_getlimbn(d, 0), shift,
+                                   mpz_getlimbn(q, 0)};
+    }
+    mpz_clear(d);
+    mpz_clear(q);
+    mpz_clear(top);
+    return t;
+  }();
+  return table[static_cast<size_t>(k)];
+}
+
+// q = floor(s / 5^k) (mn >= 2 limbs of q; s is shifted in place), for 27 < k <= 55;
+// returns the remainder. Each quotient limb is one 3/2 step with the stored reciprocal.
+u128 DivPow5Two(mp_limb_t* q, mp_limb_t* s, mp_size_t mn, int64_t k) {
+  const Pow5Reciprocal& c = Pow5TwoLimbReciprocal(k);
+  const u128 d = (static_cast<u128>(c.d1) << 64) | c.d0;
+  mp_limb_t top = c.shift != 0 ? mpn_lshift(s, s, mn, c.shift) : 0;
+  u128 r = (static_cast<u128>(top) << 64) | s[mn - 1];
+  mp_limb_t high = 0;
+  if (r >= d) {
+    r -= d;
+    high = 1;
+  }
+  for (mp_size_t i = mn - 2; i >= 0; --i) {
+    mp_limb_t n2 = static_cast<mp_limb_t>(r >> 64), n1 = static_cast<mp_limb_t>(r);
+    u128 qq = static_cast<u128>(c.v) * n2 + r;
+    mp_limb_t q1 = static_cast<mp_limb_t>(qq >> 64), q0 = static_cast<mp_limb_t>(qq);
+    mp_limb_t r1 = n1 - q1 * c.d1;
+    r = ((static_cast<u128>(r1) << 64) | s[i]) - static_cast<u128>(c.d0) * q1 - d;
+    ++q1;
+    if (static_cast<mp_limb_t>(r >> 64) >= q0) {
+      --q1;
+      r += d;
+    }
+    if (__builtin_expect(r >= d, 0)) {
+      ++q1;
+      r -= d;
+    }
+    q[i] = q1;
+  }
+  q[mn - 1] = high;
+  return r >> c.shift;
+}
+
 // q = floor(m / 10^k) into m, for k >= 20 and m >= 10^k; returns whether to round q up
 // (sticky: the value lies above m by less than a unit). With m = 2^k M + r2 and
 // M = 5^k q + r5, the remainder is 2^k r5 + r2, which against half of 10^k is
@@ -358,9 +425,12 @@ bool DivPow10Large(mp_limb_t* m, mp_size_t* n, int64_t k, bool sticky) {
   mp_size_t pn = p->_mp_size;
   LimbBuffer rem(static_cast<size_t>(pn));
   mp_limb_t* r = rem.get();
-  if (pn == 2)  // 27 < k <= 55, Digits near 50
-    m[mn - 2] = mpn_div_qr_2(m, r, s, mn, p->_mp_d);
-  else
+  if (pn == 2) {  // 27 < k <= 55, Digits near 50
+    u128 r5 = DivPow5Two(m, s, mn, k);
+    *n = Normalized(m, mn);
+    u128 c = ((static_cast<u128>(p->_mp_d[1]) << 64) | p->_mp_d[0]) >> 1;  // (5^k - 1) / 2
+    return r5 > c || (r5 == c && half && (below || (m[0] & 1)));
+  }
     mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
   *n = Normalized(m, mn - pn + 1);
   int c = mpn_lshift(r, r, pn, 1) != 0 ? 1 : 0;
