@@ -431,7 +431,7 @@ bool DivPow10Large(mp_limb_t* m, mp_size_t* n, int64_t k, bool sticky) {
     u128 c = ((static_cast<u128>(p->_mp_d[1]) << 64) | p->_mp_d[0]) >> 1;  // (5^k - 1) / 2
     return r5 > c || (r5 == c && half && (below || (m[0] & 1)));
   }
-    mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
+  mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
   *n = Normalized(m, mn - pn + 1);
   int c = mpn_lshift(r, r, pn, 1) != 0 ? 1 : 0;
   r[0] |= half;
@@ -886,8 +886,9 @@ namespace {
 constexpr mp_size_t kQuotientOnlyLimbs = 8;
 
 // floor(|a| 10^k / |b|) with at least digits + 2 digits, rounded with a sticky remainder.
-// The remainder matters only when the discarded digits could be exactly half a unit, which
-// needs q = 50 (mod 100); then null is returned and the caller divides exactly.
+// The remainder matters only when the j >= 2 discarded digits could be exactly half a unit,
+// 5 10^(j-1), which needs q = 0 or 50 (mod 100); then null is returned and the caller
+// divides exactly.
 ALGEB DivQuotientOnly(bool negative, const mp_limb_t* pa, mp_size_t la, const mp_limb_t* pb,
                       mp_size_t lb, int64_t e, int64_t k, int digits) {
   LimbBuffer numerator(LimbsFor(la, k));
@@ -898,8 +899,8 @@ ALGEB DivQuotientOnly(bool negative, const mp_limb_t* pa, mp_size_t la, const mp
   mpz_tdiv_q(q, num, den);
   mp_size_t qn = static_cast<mp_size_t>(mpz_size(q));
   ALGEB r = nullptr;
-  if (mpn_mod_1(q->_mp_d, qn, 100) != 50)
-    r = RoundLimbs(negative, q->_mp_d, qn, e - k, digits, true);
+  mp_limb_t last = mpn_mod_1(q->_mp_d, qn, 100);
+  if (last != 0 && last != 50) r = RoundLimbs(negative, q->_mp_d, qn, e - k, digits, true);
   mpz_clear(q);
   return r;
 }
