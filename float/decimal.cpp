@@ -655,6 +655,20 @@ ALGEB DoubleToNode(double x, int digits) {
     if (b != 0) limbs[w + 1] = m >> (64 - b);
     return RoundLimbs(negative, limbs, w + 2, 0, digits, false);
   }
+  if (digits > 0 && digits <= kSmallDigits && e2 >= -127) {
+    // x 10^j = m 10^j 2^e2 with j giving at least digits + 1 integer digits: its floor and a
+    // sticky digit for the bits shifted out, all within 128 bits, then one rounding.
+    // floor(v log10 2) is taken low by at most one, which only adds a digit.
+    int lead = 64 - __builtin_clzll(m) + e2 - 1;  // x >= 2^lead
+    int j = digits - ((lead * 1233) >> 12);
+    if (j >= 0 && j <= 21) {
+      u128 p = static_cast<u128>(m) * kPow10U128[static_cast<size_t>(j)];  // < 2^123
+      u128 q = p >> -e2;
+      bool sticky = (p & ((static_cast<u128>(1) << -e2) - 1)) != 0;
+      if (q >= kPow10U128[static_cast<size_t>(digits)])
+        return RoundSmall(negative, q * 10 + (sticky ? 1 : 0), -j - 1, digits);
+    }
+  }
   const mpz_t& p = PowerOf(5, static_cast<unsigned long>(-e2));
   mp_size_t pn = p->_mp_size;
   mp_limb_t limbs[42];  // 5^1074 m < 2^2548
