@@ -21,14 +21,14 @@
 #include <vector>
 
 #include "float/float_node.h"
-#include "host/node_pool.h"
 #include "host/error.h"
+#include "host/node_pool.h"
 
 namespace vexa {
 
-namespace {
-
 int gDigits = 10;
+
+namespace {
 
 constexpr uint64_t kPow10[20] = {1ULL,
                                  10ULL,
@@ -232,7 +232,7 @@ class LimbBuffer {
 
 // Limbs enough for a number of `digits` decimal digits times 10^k (10^19 < 2^64).
 inline size_t LimbsFor(int64_t limbs, int64_t k) {
-  return static_cast<size_t>(limbs + k / 19 + 2);
+  return static_cast<size_t>(limbs + k / 19 + 3);
 }
 
 inline mp_size_t Normalized(const mp_limb_t* m, mp_size_t n) {
@@ -303,6 +303,7 @@ unsigned DivExact10(mp_limb_t* q, const mp_limb_t* m, mp_size_t n) {
 }
 
 // dst = src * 10^k (dst apart from src, LimbsFor(n, k) limbs); returns the normalized size.
+// Room: n + (k log2(5) / 64 + 1) + k / 64 + 1 limbs, below n + k / 19 + 3.
 mp_size_t ScaleByPow10(mp_limb_t* dst, const mp_limb_t* src, mp_size_t n, int64_t k) {
   if (k == 0) {
     mpn_copyi(dst, src, n);
@@ -312,13 +313,92 @@ mp_size_t ScaleByPow10(mp_limb_t* dst, const mp_limb_t* src, mp_size_t n, int64_
     dst[n] = mpn_mul_1(dst, src, n, kPow10[k]);
     return Normalized(dst, n + 1);
   }
-  const mpz_t& p = PowerOf(10, static_cast<unsigned long>(k));
+  // src 5^k 2^k: the product with 5^k has 30% fewer limbs than with 10^k; the shift is
+  // done in place from the top down
+  const mpz_t& p = PowerOf(5, static_cast<unsigned long>(k));
   mp_size_t pn = p->_mp_size;
+  mp_size_t w = static_cast<mp_size_t>(k / 64);
+  unsigned b = static_cast<unsigned>(k % 64);
   if (n >= pn)
     mpn_mul(dst, src, n, p->_mp_d, pn);
   else
     mpn_mul(dst, p->_mp_d, pn, src, n);
-  return Normalized(dst, n + pn);
+  mp_size_t len = n + pn;
+  if (b != 0) {
+    dst[len + w] = mpn_lshift(dst + w, dst, len, b);
+  } else {
+    if (w != 0) std::memmove(dst + w, dst, sizeof(mp_limb_t) * static_cast<size_t>(len));
+    dst[len + w] = 0;
+  }
+  std::fill(dst, dst + w, mp_limb_t(0));
+  return Normalized(dst, len + w + 1);
+}
+
+// 5^k for 27 < k <= 55 shifted to two limbs with the top bit set, and its reciprocal
+// floor((2^192 - 1) / d) - 2^64 for the 3/2 division step (Möller and Granlund, 2011,
+// Algorithm 5), made once.
+struct Pow5Reciprocal {
+  mp_limb_t d1, d0;
+  unsigned shift;
+  mp_limb_t v;
+};
+const Pow5Reciprocal& Pow5TwoLimbReciprocal(int64_t k) {
+  static const std::array<Pow5Reciprocal, 56> table = [] {
+    std::array<Pow5Reciprocal, 56> t{};
+    mpz_t d, q, top;
+    mpz_init(d);
+    mpz_init(q);
+    mpz_init(top);
+    mpz_ui_pow_ui(top, 2, 192);
+    mpz_sub_ui(top, top, 1);
+    for (int i = 28; i <= 55; ++i) {
+      mpz_ui_pow_ui(d, 5, static_cast<unsigned long>(i));
+      unsigned shift = static_cast<unsigned>(128 - mpz_sizeinbase(d, 2));
+      mpz_mul_2exp(d, d, shift);
+      mpz_tdiv_q(q, top, d);  // in [2^64, 2^65): d is no power of two
+      mpz_clrbit(q, 64);
+      t[static_cast<size_t>(i)] = {mpz_getlimbn(d, 1), mpz_getlimbn(d, 0), shift,
+                                   mpz_getlimbn(q, 0)};
+    }
+    mpz_clear(d);
+    mpz_clear(q);
+    mpz_clear(top);
+    return t;
+  }();
+  return table[static_cast<size_t>(k)];
+}
+
+// q = floor(s / 5^k) (mn >= 2 limbs of q; s is shifted in place), for 27 < k <= 55;
+// returns the remainder. Each quotient limb is one 3/2 step with the stored reciprocal.
+u128 DivPow5Two(mp_limb_t* q, mp_limb_t* s, mp_size_t mn, int64_t k) {
+  const Pow5Reciprocal& c = Pow5TwoLimbReciprocal(k);
+  const u128 d = (static_cast<u128>(c.d1) << 64) | c.d0;
+  mp_limb_t top = c.shift != 0 ? mpn_lshift(s, s, mn, c.shift) : 0;
+  u128 r = (static_cast<u128>(top) << 64) | s[mn - 1];
+  mp_limb_t high = 0;
+  if (r >= d) {
+    r -= d;
+    high = 1;
+  }
+  for (mp_size_t i = mn - 2; i >= 0; --i) {
+    mp_limb_t n2 = static_cast<mp_limb_t>(r >> 64), n1 = static_cast<mp_limb_t>(r);
+    u128 qq = static_cast<u128>(c.v) * n2 + r;
+    mp_limb_t q1 = static_cast<mp_limb_t>(qq >> 64), q0 = static_cast<mp_limb_t>(qq);
+    mp_limb_t r1 = n1 - q1 * c.d1;
+    r = ((static_cast<u128>(r1) << 64) | s[i]) - static_cast<u128>(c.d0) * q1 - d;
+    ++q1;
+    if (static_cast<mp_limb_t>(r >> 64) >= q0) {
+      --q1;
+      r += d;
+    }
+    if (__builtin_expect(r >= d, 0)) {
+      ++q1;
+      r -= d;
+    }
+    q[i] = q1;
+  }
+  q[mn - 1] = high;
+  return r >> c.shift;
 }
 
 // q = floor(m / 10^k) into m, for k >= 20 and m >= 10^k; returns whether to round q up
@@ -345,10 +425,13 @@ bool DivPow10Large(mp_limb_t* m, mp_size_t* n, int64_t k, bool sticky) {
   mp_size_t pn = p->_mp_size;
   LimbBuffer rem(static_cast<size_t>(pn));
   mp_limb_t* r = rem.get();
-  if (pn == 2)  // 27 < k <= 55, Digits near 50
-    m[mn - 2] = mpn_div_qr_2(m, r, s, mn, p->_mp_d);
-  else
-    mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
+  if (pn == 2) {  // 27 < k <= 55, Digits near 50
+    u128 r5 = DivPow5Two(m, s, mn, k);
+    *n = Normalized(m, mn);
+    u128 c = ((static_cast<u128>(p->_mp_d[1]) << 64) | p->_mp_d[0]) >> 1;  // (5^k - 1) / 2
+    return r5 > c || (r5 == c && half && (below || (m[0] & 1)));
+  }
+  mpn_tdiv_qr(m, r, 0, s, mn, p->_mp_d, pn);
   *n = Normalized(m, mn - pn + 1);
   int c = mpn_lshift(r, r, pn, 1) != 0 ? 1 : 0;
   r[0] |= half;
@@ -507,7 +590,7 @@ namespace {
 
 ALGEB FinishSmall(bool negative, uint64_t m, int64_t e) {
   if (m == 0) return SpecialFloatNode(kFinite);
-  while (m % 10 == 0) {
+  while ((m & 1) == 0 && m % 10 == 0) {
     m /= 10;
     ++e;
   }
@@ -572,6 +655,20 @@ ALGEB DoubleToNode(double x, int digits) {
     if (b != 0) limbs[w + 1] = m >> (64 - b);
     return RoundLimbs(negative, limbs, w + 2, 0, digits, false);
   }
+  if (digits > 0 && digits <= kSmallDigits && e2 >= -127) {
+    // x 10^j = m 10^j 2^e2 with j giving at least digits + 1 integer digits: its floor and a
+    // sticky digit for the bits shifted out, all within 128 bits, then one rounding.
+    // floor(v log10 2) is taken low by at most one, which only adds a digit.
+    int lead = 64 - __builtin_clzll(m) + e2 - 1;  // x >= 2^lead
+    int j = digits - ((lead * 1233) >> 12);
+    if (j >= 0 && j <= 21) {
+      u128 p = static_cast<u128>(m) * kPow10U128[static_cast<size_t>(j)];  // < 2^123
+      u128 q = p >> -e2;
+      bool sticky = (p & ((static_cast<u128>(1) << -e2) - 1)) != 0;
+      if (q >= kPow10U128[static_cast<size_t>(digits)])
+        return RoundSmall(negative, q * 10 + (sticky ? 1 : 0), -j - 1, digits);
+    }
+  }
   const mpz_t& p = PowerOf(5, static_cast<unsigned long>(-e2));
   mp_size_t pn = p->_mp_size;
   mp_limb_t limbs[42];  // 5^1074 m < 2^2548
@@ -609,10 +706,6 @@ ALGEB ShortestDoubleToNode(double x) {
     if (c[1] == '-') power = -power;
   }
   return FinishSmall(negative, m, power - (fraction > 0 ? fraction : 0));
-}
-
-int CurrentDigits() {
-  return gDigits;
 }
 
 int SetDigits(int digits) {
@@ -802,6 +895,30 @@ ALGEB MulFinite(const FloatNode* a, const FloatNode* b, int digits) {
 
 namespace {
 
+// From this divisor size on, GMP's quotient-only division (mpz_tdiv_q, an approximate
+// quotient corrected to the floor) costs clearly less than quotient and remainder.
+constexpr mp_size_t kQuotientOnlyLimbs = 8;
+
+// floor(|a| 10^k / |b|) with at least digits + 2 digits, rounded with a sticky remainder.
+// The remainder matters only when the j >= 2 discarded digits could be exactly half a unit,
+// 5 10^(j-1), which needs q = 0 or 50 (mod 100); then null is returned and the caller
+// divides exactly.
+ALGEB DivQuotientOnly(bool negative, const mp_limb_t* pa, mp_size_t la, const mp_limb_t* pb,
+                      mp_size_t lb, int64_t e, int64_t k, int digits) {
+  LimbBuffer numerator(LimbsFor(la, k));
+  mpz_t num, den, q;
+  mpz_roinit_n(num, numerator.get(), ScaleByPow10(numerator.get(), pa, la, k));
+  mpz_roinit_n(den, pb, lb);
+  mpz_init(q);
+  mpz_tdiv_q(q, num, den);
+  mp_size_t qn = static_cast<mp_size_t>(mpz_size(q));
+  ALGEB r = nullptr;
+  mp_limb_t last = mpn_mod_1(q->_mp_d, qn, 100);
+  if (last != 0 && last != 50) r = RoundLimbs(negative, q->_mp_d, qn, e - k, digits, true);
+  mpz_clear(q);
+  return r;
+}
+
 // The quotient rounded to digits > 0: q = floor(|a| 10^k / |b|) with k chosen so that q has
 // `digits` or digits + 1 digits. With digits + 1 it is rounded with the remainder as sticky;
 // with exactly `digits`, twice the remainder against |b| decides.
@@ -810,6 +927,11 @@ ALGEB DivLimbs(const FloatNode* a, const FloatNode* b, int digits) {
   mp_size_t la = a->size < 0 ? -a->size : a->size, lb = b->size < 0 ? -b->size : b->size;
   const mp_limb_t* pb = b->limbs;
   int64_t k = digits + LimbDigits(pb, lb) - LimbDigits(a->limbs, la);
+  if (lb >= kQuotientOnlyLimbs) {
+    ALGEB r = DivQuotientOnly(negative, a->limbs, la, pb, lb, a->exponent - b->exponent,
+                              std::max<int64_t>(k + 2, 0), digits);
+    if (r != nullptr) return r;
+  }
   if (k < 0) k = 0;  // a has many more digits: q has more than digits + 1, still rounded below
   LimbBuffer numerator(LimbsFor(la, k));
   mp_limb_t* num = numerator.get();

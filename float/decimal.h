@@ -9,7 +9,10 @@
 
 namespace vexa {
 
-int CurrentDigits();
+extern int gDigits;  // the working precision; set through SetDigits
+inline int CurrentDigits() {
+  return gDigits;
+}
 int SetDigits(int digits);  // returns the previous value
 
 void Pow10(mpz_t r, unsigned long k);

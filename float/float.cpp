@@ -3,6 +3,7 @@
 // integer-valued functions floor, ceil and FloatToInt.
 #include <climits>
 #include <cmath>
+#include <cstring>
 
 #include "float/decimal.h"
 #include "float/float_node.h"
@@ -58,6 +59,15 @@ ALGEB FromUnsigned(unsigned long long v, int digits) {
 
 ALGEB FromDouble(double x, int digits) {
   return DoubleToNode(x, digits);
+}
+
+// A result node as a VexaFloat without the constructor's check of the handle: the value is
+// one handle wide and trivially copyable, so a copy of an operand takes the handle's bytes.
+inline VexaFloat Wrap(const VexaFloat& operand, ALGEB node) {
+  static_assert(sizeof(VexaFloat) == sizeof(ALGEB), "a VexaFloat is one handle");
+  VexaFloat r = operand;
+  std::memcpy(static_cast<void*>(&r), &node, sizeof node);
+  return r;
 }
 
 inline const FloatNode* N(const VexaFloat& x) {
@@ -171,16 +181,16 @@ VexaFloat& VexaFloat::operator/=(const VexaFloat& b) {
 }
 
 VexaFloat operator+(const VexaFloat& a, const VexaFloat& b) {
-  return VexaFloat(Add(N(a), N(b), false));
+  return Wrap(a, Add(N(a), N(b), false));
 }
 VexaFloat operator-(const VexaFloat& a, const VexaFloat& b) {
-  return VexaFloat(Add(N(a), N(b), true));
+  return Wrap(a, Add(N(a), N(b), true));
 }
 VexaFloat operator*(const VexaFloat& a, const VexaFloat& b) {
-  return VexaFloat(Mul(N(a), N(b)));
+  return Wrap(a, Mul(N(a), N(b)));
 }
 VexaFloat operator/(const VexaFloat& a, const VexaFloat& b) {
-  return VexaFloat(Div(N(a), N(b)));
+  return Wrap(a, Div(N(a), N(b)));
 }
 VexaFloat operator-(const VexaFloat& a) {
   return VexaFloat(NegateNode(N(a), CurrentDigits()));

@@ -1,6 +1,6 @@
-// Refilling the per-thread pools of pointer-free nodes. GC_generic_malloc_many hands over
-// a list of free objects of one size linked through their first words; the list is moved
-// into the pool's scanned array before anything else can allocate.
+// Refilling the per-thread free lists of pointer-free nodes, and the collection epoch that
+// invalidates them: a collection does not see the links inside atomic nodes, so it may
+// reclaim a listed node; every list made before it is dropped, never popped again.
 #include "host/node_pool.h"
 
 #include <gc/gc.h>
@@ -8,32 +8,20 @@
 
 namespace vexa {
 
-__thread AtomicPools* tAtomicPools __attribute__((tls_model("initial-exec"))) = nullptr;
+volatile unsigned long gCollectionEpoch = 0;
+__thread AtomicFreeList tAtomicFreeLists[kPooledGranules + 1]
+    __attribute__((tls_model("initial-exec"))) = {};
 
 namespace {
 
-__thread bool tPoolsReleased = false;
+GC_on_collection_event_proc gPreviousEventHandler = nullptr;
 
-// Returns the thread's pools to the collector when the thread ends; nodes still listed
-// then become garbage, and nodes made later in the thread's exit come unpooled.
-struct PoolsRelease {
-  AtomicPools* pools = nullptr;
-  ~PoolsRelease() {
-    tAtomicPools = nullptr;
-    tPoolsReleased = true;
-    GC_FREE(pools);
-  }
-};
-
-AtomicPools* CreatePools() {
-  InitCollector();
-  if (tPoolsReleased) return nullptr;
-  auto* pools = static_cast<AtomicPools*>(GC_MALLOC_UNCOLLECTABLE(sizeof(AtomicPools)));
-  if (pools == nullptr) return nullptr;
-  static thread_local PoolsRelease release;
-  release.pools = pools;
-  tAtomicPools = pools;
-  return pools;
+// Advanced before marking and again before reclaiming, so that no path into a reclaim
+// (whole or incremental collection) finds a list of the old epoch still valid.
+void OnCollectionEvent(GC_EventType event) {
+  if (event == GC_EVENT_START || event == GC_EVENT_MARK_START || event == GC_EVENT_RECLAIM_START)
+    gCollectionEpoch = gCollectionEpoch + 1;
+  if (gPreviousEventHandler != nullptr) gPreviousEventHandler(event);
 }
 
 }  // namespace
@@ -43,31 +31,24 @@ void InitCollector() {
   if (started) return;
   started = true;
   GC_INIT();
+  gPreviousEventHandler = GC_get_on_collection_event();
+  GC_set_on_collection_event(OnCollectionEvent);
   GC_expand_hp(kInitialHeapBytes);
 }
 
 void* AllocAtomicRefill(size_t bytes) {
   size_t granules = (bytes + kPoolGranuleBytes) / kPoolGranuleBytes;
   if (granules > kPooledGranules) return GC_MALLOC_ATOMIC(bytes);
-  AtomicPools* pools = tAtomicPools != nullptr ? tAtomicPools : CreatePools();
-  if (pools == nullptr) return GC_MALLOC_ATOMIC(bytes);
-  AtomicPools::Pool& pool = pools->bySize[granules];
-  void* list = nullptr;
+  InitCollector();
+  AtomicFreeList& list = tAtomicFreeLists[granules];
+  void* head = nullptr;
   // whole granules: the size is taken as it is, with no end byte added
-  GC_generic_malloc_many(granules * kPoolGranuleBytes, GC_I_PTRFREE, &list);
-  while (list != nullptr) {
-    void* next = *static_cast<void**>(list);
-    if (pool.count < kPoolCapacity)
-      pool.nodes[pool.count++] = list;
-    else
-      GC_FREE(list);
-    list = next;
-  }
-  if (pool.count == 0) return GC_MALLOC_ATOMIC(bytes);
-  int i = --pool.count;
-  void* p = pool.nodes[i];
-  pool.nodes[i] = nullptr;
-  return p;
+  GC_generic_malloc_many(granules * kPoolGranuleBytes, GC_I_PTRFREE, &head);
+  if (head == nullptr) return GC_MALLOC_ATOMIC(bytes);
+  // the list was made after any collection inside the call: it belongs to this epoch
+  list.epoch = gCollectionEpoch;
+  list.head = *static_cast<void**>(head);
+  return head;
 }
 
 }  // namespace vexa

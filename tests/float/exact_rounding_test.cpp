@@ -119,6 +119,75 @@ TEST(ExactRounding, FourOperationsMatchTheRoundedExactValue) {
   mpq_clears(qa, qb, exact, nullptr);
 }
 
+// Results that lie exactly on a tie at the rounding position, or one unit of the lowest
+// place above or below it: products that leave k = 1 to 90 digits to cut, quotients by
+// divisors of 160 and 400 digits, and sums aligned by whole limbs (10^64, 10^128).
+TEST(ExactRounding, TiesAndNearTiesOfLongProductsQuotientsAndAlignedSums) {
+  std::mt19937_64 rng(7);
+  mpz_t q, a, b, t;
+  mpq_t qa, qb, exact;
+  mpz_inits(q, a, b, t, nullptr);
+  mpq_inits(qa, qb, exact, nullptr);
+  auto Text = [](const mpz_t x) {
+    std::string r(mpz_sizeinbase(x, 10) + 2, '\0');
+    mpz_get_str(&r[0], 10, x);
+    r.resize(std::strlen(r.c_str()));
+    return r;
+  };
+  auto check = [&](const mpz_t x, const mpz_t y, char op, int d) {
+    mpq_set_z(qa, x);
+    mpq_set_z(qb, y);
+    (op == '*' ? mpq_mul : mpq_div)(exact, qa, qb);
+    VexaFloat fx = VexaFloatFromString(Text(x)), fy = VexaFloatFromString(Text(y));
+    VexaDigitsScope scope(d);
+    EXPECT_TRUE(Rounded(op == '*' ? fx * fy : fx / fy, exact, d))
+        << Text(x) << " " << op << " " << Text(y);
+  };
+  for (int d : {20, 28, 40, 50, 55, 56, 75, 150, 300}) {
+    for (int parity = 0; parity < 2; ++parity) {
+      mpz_ui_pow_ui(q, 10, static_cast<unsigned long>(d - 1));
+      mpz_add_ui(q, q, 2 * (rng() % 1000000007) + static_cast<unsigned long>(parity));
+      mpz_mul_2exp(t, q, 1);
+      mpz_add_ui(t, t, 1);  // 2q + 1
+      if (mpz_divisible_ui_p(t, 5)) mpz_add_ui(t, t, 2);
+      for (int delta = -1; delta <= 1; ++delta) {
+        for (unsigned long k : {1, 19, 20, 27, 28, 41, 55, 56, 90}) {
+          // (2q + 1) 2^(k-1) 5^k = q 10^k + 5 10^(k-1), moved by delta 5^k
+          mpz_mul_2exp(a, t, k - 1);
+          delta < 0 ? mpz_sub_ui(a, a, 1) : mpz_add_ui(a, a, static_cast<unsigned long>(delta));
+          mpz_ui_pow_ui(b, 5, k);
+          check(a, b, '*', d);
+        }
+        for (int length : {160, 400}) {
+          mpz_ui_pow_ui(b, 10, static_cast<unsigned long>(length - 1));
+          mpz_add_ui(b, b, rng());
+          mpz_mul_ui(a, t, 5);  // a / b = 5 (2q + 1) + delta / b
+          mpz_mul(a, a, b);
+          delta < 0 ? mpz_sub_ui(a, a, 1) : mpz_add_ui(a, a, static_cast<unsigned long>(delta));
+          check(a, b, '/', d);
+        }
+      }
+    }
+  }
+  mpz_clears(q, a, b, t, nullptr);
+  VexaDigitsScope scope(300);
+  const char* kSums[][3] = {
+      {"1", "1e-64", "1.0000000000000000000000000000000000000000000000000000000000000001"},
+      {"-7", "3e-128",
+       "-6.9999999999999999999999999999999999999999999999999999999999999999999"
+       "9999999999999999999999999999999999999999999999999999999999997"},
+      {"5e192", "2",
+       "5000000000000000000000000000000000000000000000000000000000000000000000"
+       "0000000000000000000000000000000000000000000000000000000000000000000000"
+       "00000000000000000000000000000000000000000000000000002."}};
+  for (const auto& row : kSums) {
+    VexaFloat sum = VexaFloatFromString(row[0]) + VexaFloatFromString(row[1]);
+    EXPECT_EQ(VexaFloatToString(sum), VexaFloatToString(VexaFloatFromString(row[2])))
+        << row[0] << " + " << row[1];
+  }
+  mpq_clears(qa, qb, exact, nullptr);
+}
+
 TEST(ExactRounding, DoublesAreTheirExactBinaryValueRounded) {
   static const int kDigits[] = {1, 5, 10, 17, 18, 19, 20, 30, 50, 100, 800};
   std::mt19937_64 rng(42);
@@ -128,6 +197,7 @@ TEST(ExactRounding, DoublesAreTheirExactBinaryValueRounded) {
     uint64_t b = rng();
     double x;
     std::memcpy(&x, &b, sizeof x);
+    if (i % 2) x = std::ldexp(static_cast<double>(b >> 11), static_cast<int>(rng() % 200) - 180);
     if (!std::isfinite(x) || x == 0) continue;
     int d = kDigits[rng() % (sizeof kDigits / sizeof *kDigits)];
     mpq_set_d(exact, x);
