@@ -2,9 +2,11 @@
 // `vexa -e 'TEXT'` runs statements given on the command line.
 #include <editline/readline.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -120,9 +122,28 @@ int Interactive(vexa::shell::Session& session) {
   return 0;
 }
 
+// The language's recursion limits (800 calls, 1000 levels of nesting) need more stack than
+// the usual 8 MB soft limit in some builds. The main thread's stack is sized from that limit
+// when a program starts, so raise it to 256 MB (within the hard limit) and start again, once.
+// If that cannot be done the shell runs with the stack it has: a deep recursion then ends in
+// "too many levels of recursion" a little earlier.
+void EnsureStack(char** argv) {
+  const rlim_t want = rlim_t{256} << 20;
+  struct rlimit limit;
+  if (std::getenv("VEXA_STACK_RAISED") != nullptr || getrlimit(RLIMIT_STACK, &limit) != 0) return;
+  if (limit.rlim_cur == RLIM_INFINITY || limit.rlim_cur >= want) return;
+  rlim_t target = limit.rlim_max == RLIM_INFINITY ? want : std::min(want, limit.rlim_max);
+  if (target <= limit.rlim_cur) return;
+  limit.rlim_cur = target;
+  if (setrlimit(RLIMIT_STACK, &limit) != 0) return;
+  setenv("VEXA_STACK_RAISED", "1", 1);
+  execv("/proc/self/exe", argv);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  EnsureStack(argv);
   std::string first = argc > 1 ? argv[1] : "";
   if (first == "--help" || first == "-h") {
     std::cout << kHelp;
