@@ -189,6 +189,9 @@ ALGEB SeqValues(Evaluator* ev, const std::string& name, Node* call) {
     ALGEB lo = Op(over, 1), hi = Op(over, 2);
     if (!IsNumeric(lo) || !IsNumeric(hi))
       RaiseIn(name, FormatMessage("range bounds must be numeric, received %1", over, nullptr));
+    // no sequence can hold 2^31 values: say so rather than fill memory for hours
+    if (Compare(Subtract(hi, lo), NewInteger(2147483647)) >= 0)
+      RaiseIn(name, FormatMessage("the range %1 holds 2^31 values or more", over, nullptr));
     for (ALGEB i = lo; Compare(i, hi) <= 0; i = Add(i, NewInteger(1))) values.push_back(i);
   } else {
     values = ContainerItems(over);
