@@ -14,66 +14,22 @@
 
 #include "float/decimal.h"
 #include "float/float_node.h"
+#include "float/pow10.h"
 
 using vexa::AsFloatNode;
 using vexa::FloatNode;
 
 namespace {
 
-using u128 = unsigned __int128;
+using vexa::u128;
 
 // Exponents this far inside the float range cannot overflow or underflow in a few steps.
 constexpr int64_t kSafeExponent = vexa::kMaxExponent / 16;
 
-constexpr uint64_t Pow10U64(int k) {
-  uint64_t p = 1;
-  for (int i = 0; i < k; ++i) p *= 10;
-  return p;
-}
-
-// 10^k shifted to a set top bit, with its reciprocal floor((2^128 - 1) / d) - 2^64 (Möller
-// and Granlund, "Improved division by invariant integers", 2011, Algorithm 4).
-struct Reciprocal {
-  uint64_t d;
-  int shift;
-  uint64_t v;
-};
-constexpr std::array<Reciprocal, 20> MakeReciprocals() {
-  std::array<Reciprocal, 20> t{};
-  for (int k = 1; k < 20; ++k) {
-    uint64_t d = Pow10U64(k);
-    int shift = 0;
-    while ((d >> 63) == 0) {
-      d <<= 1;
-      ++shift;
-    }
-    t[k] = {d, shift, static_cast<uint64_t>(~u128(0) / d - (u128(1) << 64))};
-  }
-  return t;
-}
-constexpr std::array<Reciprocal, 20> kReciprocals = MakeReciprocals();
-
 // q = floor(a / 10^k) over n limbs (q may be a), 1 <= k <= 19; returns a mod 10^k.
 uint64_t DivRemPow10(uint64_t* q, const uint64_t* a, int n, int k) {
-  const Reciprocal& c = kReciprocals[k];
-  uint64_t r = 0;  // below 10^k: the normalized high word stays below c.d
-  for (int i = n - 1; i >= 0; --i) {
-    const uint64_t u1 = c.shift == 0 ? r : (r << c.shift) | (a[i] >> (64 - c.shift));
-    const uint64_t u0 = a[i] << c.shift;
-    const u128 p = static_cast<u128>(c.v) * u1 + ((static_cast<u128>(u1) << 64) | u0);
-    uint64_t qi = static_cast<uint64_t>(p >> 64) + 1;
-    uint64_t rn = u0 - qi * c.d;
-    if (rn > static_cast<uint64_t>(p)) {
-      --qi;
-      rn += c.d;
-    }
-    if (__builtin_expect(rn >= c.d, 0)) {
-      ++qi;
-      rn -= c.d;
-    }
-    q[i] = qi;
-    r = rn >> c.shift;
-  }
+  uint64_t r = 0;  // below 10^k, so (r, a[i]) is below 10^k 2^64
+  for (int i = n - 1; i >= 0; --i) q[i] = vexa::DivRemPow10((u128(r) << 64) | a[i], k, &r);
   return r;
 }
 
@@ -118,7 +74,7 @@ bool PowerOfTen(uint64_t* out, int n, int k) {
   std::memset(out, 0, sizeof(uint64_t) * n);
   out[0] = 1;
   for (; k > 0; k -= 19)
-    if (mpn_mul_1(out, out, n, Pow10U64(k < 19 ? k : 19)) != 0) return false;
+    if (mpn_mul_1(out, out, n, vexa::kPow10[k < 19 ? k : 19]) != 0) return false;
   return true;
 }
 
@@ -200,12 +156,12 @@ bool VexaFloatAccumulator::AddLimbs(const VexaFloat& x) {
   if (k > 0) {
     if (k > 19) return false;
     r = DivRemPow10(q, node->limbs, lx, static_cast<int>(k));
-    unit = Pow10U64(static_cast<int>(k));
+    unit = vexa::kPow10[k];
   } else if (k == 0) {
     std::memcpy(q, node->limbs, sizeof(uint64_t) * lx);
   } else {
     if (k < -19) return false;
-    q[lx] = mpn_mul_1(q, node->limbs, lx, Pow10U64(static_cast<int>(-k)));
+    q[lx] = mpn_mul_1(q, node->limbs, lx, vexa::kPow10[-k]);
     if (lx == n && q[n] != 0) return false;
   }
   uint64_t t[kLimbs];
